@@ -1,0 +1,11 @@
+// INI files of any line length, through the INI parser library.
+#pragma once
+
+/// Called once per name/value line with the section in force; returns non-zero on success.
+using IniHandler = int (*)(void *user, const char *section, const char *key, const char *value);
+
+/// Parses an INI file in constant memory, whatever the length of its lines. Returns 0, -1 when the file
+/// cannot be opened, else the number of the first bad line; parsing goes on after a bad line. A line longer
+/// than the parser's buffer reaches the handler with the same section, with a key of at least its first 49
+/// characters and a value that converts to the same integer.
+int ini_load_file(const char *path, IniHandler handler, void *user);
