@@ -48,6 +48,12 @@ struct FrameDeleter {
 /// An owned frame, released by CM_DelFRAME.
 using FramePtr = std::unique_ptr<FRAME, FrameDeleter>;
 
+/// A plane of the size of `like`; its format follows from the channels (1 or 3).
+inline FramePtr plane_like(const FRAME *like, uint32_t type, uint32_t channels, uint32_t bit_depth) {
+    const uint32_t format = channels == 3 ? FRAME_FMT_RGB : FRAME_FMT_MONO;
+    return FramePtr(CM_NewFRAME(type, format, like->width, like->height, channels, bit_depth));
+}
+
 /// Sample (y, x) of channel c for writing. REQUIRES the position to lie in the frame.
 inline uint32_t &sample(FRAME *frame, int y, int x, int c = 0) {
     return frame->data[(static_cast<size_t>(y) * frame->width + x) * frame->channels + c];

@@ -8,12 +8,13 @@
 ///   out_rgb  3 channels, u12
 ///   out_dc   1 channel, u12
 ///   out_sg   1 channel, u12, 1024 is a gain of 1.0
-/// The enabled block takes width >= 4 and height >= 3 and ends the process with one line and status 1 otherwise.
+/// The enabled block takes width >= 4 and height >= 3 and ends the process with one line and status 1
+/// otherwise.
 void cfa_hw(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
 
 /// The disabled block: the mosaic in all three channels, DC 0, sharpen gain 1024. Takes any size.
 void cfa_bypass(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
 
-/// The enabled block as the reference computes it, over whole planes, for every input and pattern id, with debug
-/// images where asked for. REQUIRES width >= 4 and height >= 3.
+/// The enabled block as the reference computes it, over whole planes, for every input and pattern id, with
+/// debug images where asked for. REQUIRES width >= 4 and height >= 3.
 void cfa_model(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);

@@ -1,0 +1,64 @@
+#include "cmodel/cfa/src/kit/debug_image.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/common/ppm.h"
+
+bool dump_dbg_img = false;
+char dbg_path[1024] = "";
+
+namespace {
+
+// |s| * gain wraps at 32 bits; a product that wraps negative shows as 0.
+uint32_t shown(int32_t s, uint32_t gain, int64_t limit) {
+    const int32_t scaled = static_cast<int32_t>(static_cast<uint32_t>(magnitude(s)) * gain);
+    return static_cast<uint32_t>(std::min<int64_t>(limit, std::max(0, scaled)));
+}
+
+} // namespace
+
+int32_t dump_dbg_frame(const FRAME *frame, int32_t channel, uint32_t gain, uint32_t bit_depth,
+                       const std::string &path) {
+    if (channel < 0 || channel > 3) {
+        std::puts("Error...");
+        return 1;
+    }
+    const bool color = channel == 3 && frame->channels == 3;
+    const size_t channels = frame->channels;
+    const size_t pixels = static_cast<size_t>(frame->width) * frame->height;
+    const int64_t limit = (int64_t{1} << std::min(bit_depth, 32u)) - 1;
+
+    const FramePtr image(CM_NewFRAME(frame->type, color ? FRAME_FMT_RGB : FRAME_FMT_MONO, frame->width,
+                                     frame->height, color ? 3 : 1, bit_depth));
+    if (color) {
+        for (size_t i = 0; i < 3 * pixels; i++)
+            image->data[i] = shown(static_cast<int32_t>(frame->data[i]), gain, limit);
+        CM_WritePPM(path.c_str(), image.get());
+    } else {
+        // A selector beyond the last channel reads on into the next pixel; the spare samples behind a plane
+        // are 0.
+        for (size_t i = 0; i < pixels; i++)
+            image->data[i] = shown(static_cast<int32_t>(frame->data[channels * i + channel]), gain, limit);
+        CM_WritePPM5(path.c_str(), image.get());
+    }
+    return 0;
+}
+
+void dump_signed_map(const FRAME *plane, const std::string &path) {
+    const FramePtr map = plane_like(plane, FRAME_TYPE_IMG, 3, 8);
+    for (int y = 0; y < static_cast<int>(plane->height); y++) {
+        for (int x = 0; x < static_cast<int>(plane->width); x++) {
+            const int32_t v = (value(plane, y, x) * 4) >> 4;
+            const int32_t size = std::min(magnitude(v), 255);
+            sample(map.get(), y, x, 0) = v > 0 ? size : 0;
+            sample(map.get(), y, x, 1) = v < 0 ? size : 0;
+        }
+    }
+    CM_WritePPM(path.c_str(), map.get());
+}
+
+std::string debug_path_of(const char *name) {
+    return (std::string(dbg_path) + "/" + name).substr(0, sizeof dbg_path - 1);
+}

@@ -1,0 +1,97 @@
+// Colour-moire removal: red and blue are pulled toward green by the combined weight of the statistics.
+#include <algorithm>
+
+#include "cmodel/cfa/src/kit/debug_image.h"
+#include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/cfa/src/stages.h"
+
+namespace {
+
+// 3 x 3 binomial low-pass, rounded.
+FramePtr smoothed(const FRAME *cdist_wt) {
+    FramePtr out = plane_like(cdist_wt, FRAME_TYPE_IMG, 1, 16);
+    Window<1> P(cdist_wt);
+    for (int y = 0; y < static_cast<int>(cdist_wt->height); y++) {
+        P.move_to(y);
+        for (int x = 0; x < static_cast<int>(cdist_wt->width); x++) {
+            P.at(x);
+            sample(out.get(), y, x) = (binomial3x3(P) + 8) >> 4;
+        }
+    }
+    return out;
+}
+
+// Maximum over 3 rows by 7 columns, at least 0.
+FramePtr widened(const FRAME *edge_wt) {
+    FramePtr out = plane_like(edge_wt, FRAME_TYPE_IMG, 1, 16);
+    Window<1, 3> P(edge_wt);
+    for (int y = 0; y < static_cast<int>(edge_wt->height); y++) {
+        P.move_to(y);
+        for (int x = 0; x < static_cast<int>(edge_wt->width); x++) {
+            P.at(x);
+            int32_t largest = 0;
+            for (int dy = -1; dy <= 1; dy++)
+                for (int dx = -3; dx <= 3; dx++)
+                    largest = std::max(largest, P(dy, dx));
+            sample(out.get(), y, x) = largest;
+        }
+    }
+    return out;
+}
+
+// Where the phase difference signals moire, the widened edge weight takes over from the pixel's own; then a
+// horizontal 1-2-1 low-pass, rounded.
+FramePtr smoothed_mix(const FRAME *pd_wt, const FRAME *edge_wt, const FRAME *edge_max) {
+    FramePtr mix = plane_like(pd_wt, FRAME_TYPE_IMG, 1, 16);
+    FramePtr out = plane_like(pd_wt, FRAME_TYPE_IMG, 1, 16);
+    Window<0, 1> P(mix.get());
+    for (int y = 0; y < static_cast<int>(pd_wt->height); y++) {
+        for (int x = 0; x < static_cast<int>(pd_wt->width); x++) {
+            const int32_t pd = value(pd_wt, y, x);
+            sample(mix.get(), y, x) = (value(edge_max, y, x) * pd + (4095 - pd) * value(edge_wt, y, x)) >> 12;
+        }
+        P.move_to(y);
+        for (int x = 0; x < static_cast<int>(pd_wt->width); x++) {
+            P.at(x);
+            sample(out.get(), y, x) = (P(0, -1) + 2 * P(0, 0) + P(0, 1) + 2) >> 2;
+        }
+    }
+    return out;
+}
+
+// Colour c pulled toward green by weight w (Q12) at a strength of 256ths; 256 is not reachable.
+int32_t pulled(int32_t c, int32_t green, int32_t w, int32_t strength) {
+    const int32_t full = c + (((green - c) * w) >> 12);
+    return clip12(c + (((full - c) * strength + 128) >> 8));
+}
+
+} // namespace
+
+void cfa_DeColorMoire(const FRAME *in_rgb, FRAME *out_rgb, const FRAME *pd_wt, const FRAME *cdist_wt,
+                      const FRAME *edge_wt) {
+    const int32_t strength = cfa_reg.hw.reg_cfa_cmoire_strth;
+    if (cfa_reg.hw.reg_cfa_cmoire_enable != 1) {
+        copy_to_dst(in_rgb, out_rgb);
+        return;
+    }
+    const FramePtr cdist = smoothed(cdist_wt);
+    const FramePtr edge_max = widened(edge_wt);
+    const FramePtr mix = smoothed_mix(pd_wt, edge_wt, edge_max.get());
+
+    for (int y = 0; y < static_cast<int>(in_rgb->height); y++) {
+        for (int x = 0; x < static_cast<int>(in_rgb->width); x++) {
+            const int32_t w = (value(mix.get(), y, x) * value(cdist.get(), y, x)) >> 12;
+            const int32_t green = value(in_rgb, y, x, 1);
+            sample(out_rgb, y, x, 0) = pulled(value(in_rgb, y, x, 0), green, w, strength);
+            sample(out_rgb, y, x, 1) = clip12(green);
+            sample(out_rgb, y, x, 2) = pulled(value(in_rgb, y, x, 2), green, w, strength);
+        }
+    }
+    if (dump_dbg_img) { // weights at depth 8: limited to 255 on purpose
+        dump_dbg_frame(pd_wt, 0, 1, 8, debug_path_of("dbg_img_afc_PD_WT.ppm"));
+        dump_dbg_frame(cdist_wt, 0, 1, 8, debug_path_of("dbg_img_afc_CDIST_WT.ppm"));
+        dump_dbg_frame(edge_wt, 0, 1, 8, debug_path_of("dbg_img_afc_edge_STD_WT.ppm"));
+    }
+}

@@ -1,0 +1,133 @@
+// Colour-moire statistics: which pixels may lose their colour, and where the directional texture is unequal.
+#include <algorithm>
+
+#include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/cfa/src/stages.h"
+#include "cmodel/common/curve.h"
+
+namespace {
+
+constexpr int32_t hue_circle = 2880; // 360 degrees in eighths
+
+// Distance to the nearest protected hue; 4095 when none is protected.
+int32_t hue_distance(int32_t hue) {
+    const auto &r = cfa_reg.hw;
+    const int32_t enabled[3] = {r.reg_cfa_cmoire_protclr1_enable, r.reg_cfa_cmoire_protclr2_enable,
+                                r.reg_cfa_cmoire_protclr3_enable};
+    const int32_t protected_hue[3] = {r.reg_cfa_cmoire_protclr1, r.reg_cfa_cmoire_protclr2,
+                                      r.reg_cfa_cmoire_protclr3};
+    int32_t nearest = 4095;
+    for (int i = 0; i < 3; i++) {
+        if (enabled[i] != 1)
+            continue;
+        const int32_t d = magnitude(hue - protected_hue[i]);
+        nearest = std::min(nearest, std::min(d, hue_circle - d));
+    }
+    return nearest;
+}
+
+// High for a pale colour whose hue is far from the protected ones.
+int32_t color_distance_weight(int32_t red, int32_t green, int32_t blue) {
+    const auto &r = cfa_reg.hw;
+    const int32_t saturation = norm2(magnitude(red - green), magnitude(blue - green));
+    const int32_t sat_weight = CM_LUT3_CLIP(saturation, r.reg_cfa_cmoire_sat_x0, r.reg_cfa_cmoire_sat_y0,
+                                            r.reg_cfa_cmoire_sat_y1, r.reg_cfa_cmoire_sat_slp0, 10);
+
+    uint32_t hue = 0, unused_sat = 0, unused_val = 0;
+    rgb2hsv(red, green, blue, hue, unused_sat, unused_val, 3, 0, 0);
+    const int32_t hue_weight =
+        CM_LUT3_CLIP(hue_distance(static_cast<int32_t>(hue)), r.reg_cfa_cmoire_ptclr_x0,
+                     r.reg_cfa_cmoire_ptclr_y0, r.reg_cfa_cmoire_ptclr_y1, r.reg_cfa_cmoire_ptclr_slp0, 10);
+    return (sat_weight * hue_weight) >> 12;
+}
+
+// The two 5 x 5 kernels; K135 is K45 mirrored left to right.
+struct Kernels {
+    int32_t k0[5][5];
+    int32_t k45[5][5];
+
+    Kernels() {
+        const auto &r = cfa_reg.hw;
+        const int32_t d0[3] = {r.reg_cfa_cmoire_edge_d0c0, r.reg_cfa_cmoire_edge_d0c1,
+                               r.reg_cfa_cmoire_edge_d0c2};
+        const int32_t d45[9] = {
+            r.reg_cfa_cmoire_edge_d45c0, r.reg_cfa_cmoire_edge_d45c1, r.reg_cfa_cmoire_edge_d45c2,
+            r.reg_cfa_cmoire_edge_d45c3, r.reg_cfa_cmoire_edge_d45c4, r.reg_cfa_cmoire_edge_d45c5,
+            r.reg_cfa_cmoire_edge_d45c6, r.reg_cfa_cmoire_edge_d45c7, r.reg_cfa_cmoire_edge_d45c8};
+        static constexpr int index45[5][5] = {
+            {2, 4, 6, 7, 8}, {4, 1, 3, 5, 7}, {6, 3, 0, 3, 6}, {7, 5, 3, 1, 4}, {8, 7, 6, 4, 2}};
+        for (int i = 0; i < 5; i++) {
+            for (int j = 0; j < 5; j++) {
+                k0[i][j] = d0[std::abs(j - 2)];
+                k45[i][j] = d45[index45[i][j]];
+            }
+        }
+    }
+};
+
+struct Responses {
+    int32_t e0, e90, e45, e135;
+
+    // 0 degrees varies along the row and looks at GV, 90 degrees down the column at GH; the diagonals at
+    // both.
+    Responses(const Kernels &k, const Window<2> &GH, const Window<2> &GV) {
+        int32_t s0 = 0, s90 = 0, sa = 0, sb = 0, sc = 0, sd = 0;
+        for (int r = 0; r < 5; r++) {
+            for (int c = 0; c < 5; c++) {
+                const int32_t gh = GH(r - 2, c - 2);
+                const int32_t gv = GV(r - 2, c - 2);
+                s0 += k.k0[r][c] * gv;
+                s90 += k.k0[c][r] * gh;
+                sa += k.k45[r][c] * gh;
+                sb += k.k45[r][4 - c] * gh;
+                sc += k.k45[r][c] * gv;
+                sd += k.k45[r][4 - c] * gv;
+            }
+        }
+        e0 = clip12(magnitude(s0) >> 12);
+        e90 = clip12(magnitude(s90) >> 12);
+        e45 = clip12((magnitude(sc) + magnitude(sa)) >> 13);
+        e135 = clip12((magnitude(sd) + magnitude(sb)) >> 13);
+    }
+
+    int32_t spread() const {
+        const int32_t mean = (e45 + e135 + e0 + e90) >> 2;
+        return magnitude(e45 - mean) + magnitude(e135 - mean) + magnitude(e0 - mean) + magnitude(e90 - mean);
+    }
+};
+
+// Q10, 1024..4095: dark areas are raised toward the target brightness, nothing is lowered.
+int32_t luma_gain(int32_t green) {
+    if (cfa_reg.hw.reg_cfa_cmoire_lumagain_enable != 1)
+        return 1024;
+    const int32_t target = cfa_reg.hw.reg_cfa_cmoire_lumatg;
+    return std::min(4095, std::max(1024, (target * get_inv(green) + 16) >> 5));
+}
+
+int32_t edge_spread_weight(const Responses &e, int32_t green) {
+    const auto &r = cfa_reg.hw;
+    const int32_t spread = clip12((e.spread() * luma_gain(green) + 512) >> 10);
+    return CM_LUT3_CLIP(spread, r.reg_cfa_cmoire_edge_x0, r.reg_cfa_cmoire_edge_y0, r.reg_cfa_cmoire_edge_y1,
+                        r.reg_cfa_cmoire_edge_slp0, 10);
+}
+
+} // namespace
+
+void cfa_CalColorMoireSts(const FRAME *avg, const FRAME *gh, const FRAME *gv, FRAME *cdist_wt,
+                          FRAME *edge_wt) {
+    const Kernels kernels;
+    Window<2> GH(gh, 1), GV(gv, 1);
+    for (int y = 0; y < static_cast<int>(avg->height); y++) {
+        GH.move_to(y);
+        GV.move_to(y);
+        for (int x = 0; x < static_cast<int>(avg->width); x++) {
+            GH.at(x);
+            GV.at(x);
+            sample(cdist_wt, y, x) =
+                color_distance_weight(value(avg, y, x, 0), value(avg, y, x, 1), value(avg, y, x, 2));
+            sample(edge_wt, y, x) = edge_spread_weight(Responses(kernels, GH, GV), value(avg, y, x, 1));
+        }
+    }
+}
