@@ -1,22 +1,14 @@
-// Image files: binary PPM (P5 greyscale, P6 colour) with big-endian samples of 1 to 4 bytes, under file locks.
+// Pictures as files: binary PPM (P5 greyscale, P6 colour) with big-endian samples of 1 to 4 bytes.
 #pragma once
 
-#include <cstdio>
-
 #include "cmodel/common/frame.h"
-
-/// Opens an image file under an exclusive advisory lock and never returns null: a file that cannot be opened is
-/// waited for without end. REQUIRES mode "rb" or "wb".
-std::FILE *CM_Fopen(const char *path, const char *mode);
-
-/// Releases the lock and closes. Returns the result of the close.
-int CM_Fclose(std::FILE *stream);
 
 /// Reads a P5 picture into a new single-channel frame of the given type, owned by the caller.
 /// Header errors end the process with one line and status 1; missing samples become the end-of-file value.
 FRAME *CM_ReadPPM5(const char *path, uint32_t type);
 
-/// Writes a P6 picture: the three channels, or channel 0 three times. Returns 0; a write error ends the process.
+/// Writes a P6 picture: the three channels, or channel 0 three times. Returns 0; a write error ends the
+/// process.
 int CM_WritePPM(const char *path, const FRAME *frame);
 
 /// Writes a P5 picture of channel 0. Returns 0; a write error ends the process.

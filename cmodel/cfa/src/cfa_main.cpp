@@ -1,0 +1,129 @@
+// cfa_cmodel: one raw mosaic in; the RGB picture, the DC image and the sharpen-gain map out.
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "cmodel/cfa/src/cfa_hw.h"
+#include "cmodel/cfa/src/kit/debug_image.h"
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+#include "cmodel/common/ppm.h"
+#include "log/log.h"
+
+/// Prints the usage text and the arguments given, waits for one key, ends with status -1.
+[[noreturn]] void cfa_usage(int argc, char **argv) {
+    std::printf("Usage: %s ini_file log_file log_level dump_dbg_img dbg_path cmodel_top_hw_ini\n",
+                argc > 0 ? argv[0] : "cfa_cmodel");
+    std::puts("src_raw out out_dc out_sg\n"
+              "[ 1] ini_file            : INI\n"
+              "[ 2] log_file            : Log file\n"
+              "[ 3] log_level           : Log level\n"
+              "[ 4] dump dbg img enable : Dump debug image\n"
+              "[ 5] debug_path          : Debug output path\n"
+              "[ 6] cmodel_top_ini      : Cmodel Top INI\n"
+              "[ 7] src_RAW             : Input 12-bit RAW image (ppm)\n"
+              "[ 8] out_RGB             : Output 12-bit RGB image\n"
+              "[ 9] out_RGB_DC          : Output DC RGB output\n"
+              "[10] out_SharpGain       : Output sharpen gain output\n"
+              "////////////////////////////////");
+    for (int i = 0; i < argc; i++)
+        std::printf("argv[%d]: %s\n", i, argv[i]);
+    std::puts("/////////////////////////////////"); // kept: one more than above
+    std::printf("Press any key to exit...");
+    std::fflush(stdout);
+    std::getchar();
+    std::exit(-1);
+}
+
+namespace {
+
+const char *const label = "cfa_main";
+
+// The order of the ten arguments, behind the name of the executable.
+enum Argument {
+    INI_FILE = 1,
+    LOG_FILE,
+    LOG_LEVEL,
+    DUMP_DBG_IMG,
+    DBG_PATH,
+    CMODEL_TOP_INI,
+    SRC_RAW,
+    OUT,
+    OUT_DC,
+    OUT_SG,
+    ARGUMENT_COUNT
+};
+
+int integer(const char *text) {
+    return static_cast<int>(std::strtol(text, nullptr, 10));
+}
+
+// A descriptor that the caller closed would be given to the next file opened, and that file receive our
+// messages.
+void open_standard_descriptors() {
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; fd++)
+        if (fcntl(fd, F_GETFD) == -1 && errno == EBADF && open("/dev/null", O_RDWR) != fd)
+            std::exit(1);
+}
+
+// A size limit on files and memory that runs out end in a line and a status, not in a signal.
+void prepare_process() {
+    open_standard_descriptors();
+    std::set_new_handler(CM_AllocationError);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
+std::FILE *open_log(const char *path, int level) {
+    std::FILE *const log_file = std::fopen(path, "a");
+    if (log_file == nullptr) {
+        std::fprintf(stderr, "Unable to open log file '%s'\n", path);
+        std::exit(1);
+    }
+    log_add_fp(log_file, level);
+    log_set_quiet(1);
+    return log_file;
+}
+
+void load_registers(const char *cfa_ini, const char *cmodel_top_ini) {
+    INIT_CFA_REG("NULL");
+    LOAD_CFA_INI(cfa_ini);
+    PRINT_CFA_REG();
+    INIT_CMODEL_TOP_REG("NULL");
+    LOAD_CMODEL_TOP_INI(cmodel_top_ini);
+    PRINT_CMODEL_TOP_REG();
+    log_log(LOG_INFO, label, __LINE__, "reg_cfa_enable = %d", int{cfa_reg.hw.reg_cfa_enable});
+    log_log(LOG_INFO, label, __LINE__, "reg_img_bayerid = %d", int{cmodel_top_reg.hw.reg_img_bayerid});
+    log_log(LOG_INFO, label, __LINE__, "reg_cfa_shpn_enable = %d", int{cfa_reg.hw.reg_cfa_shpn_enable});
+}
+
+void run_picture(char **argv) {
+    const FramePtr raw(CM_ReadPPM5(argv[SRC_RAW], FRAME_TYPE_IMG));
+    const FramePtr out_rgb = plane_like(raw.get(), FRAME_TYPE_IMG, 3, raw->bit_depth);
+    const FramePtr out_dc = plane_like(raw.get(), FRAME_TYPE_IMG, 1, raw->bit_depth);
+    const FramePtr out_sg = plane_like(raw.get(), FRAME_TYPE_IMG, 1, raw->bit_depth);
+    cfa_hw(raw.get(), out_rgb.get(), out_dc.get(), out_sg.get());
+    CM_WritePPM(argv[OUT], out_rgb.get());
+    CM_WritePPM5(argv[OUT_DC], out_dc.get());
+    CM_WritePPM5(argv[OUT_SG], out_sg.get());
+}
+
+} // namespace
+
+int main(int argc, char **argv) {
+    prepare_process();
+    if (argc != ARGUMENT_COUNT)
+        cfa_usage(argc, argv);
+    dump_dbg_img = integer(argv[DUMP_DBG_IMG]) != 0;
+    std::snprintf(dbg_path, sizeof dbg_path, "%s", argv[DBG_PATH]);
+    std::FILE *const log_file = open_log(argv[LOG_FILE], integer(argv[LOG_LEVEL]));
+    load_registers(argv[INI_FILE], argv[CMODEL_TOP_INI]);
+    run_picture(argv);
+    std::fclose(log_file);
+    return 0;
+}

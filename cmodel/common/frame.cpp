@@ -1,0 +1,55 @@
+#include "cmodel/common/frame.h"
+
+#include <cstdlib>
+
+#include <unistd.h>
+
+namespace {
+
+// A stage may read this many samples past the last one; they are zero.
+constexpr size_t SPARE_SAMPLES = 3;
+
+constexpr uint64_t MAX_SAMPLES = 2147483647;
+
+} // namespace
+
+void CM_AllocationError() {
+    // Not through a stream: there is no memory to count on.
+    static const char message[] = "Unable to allocate memory\n";
+    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, message, sizeof message - 1);
+    std::exit(1);
+}
+
+bool CM_FrameSizeOk(uint32_t width, uint32_t height, uint32_t channels) {
+    if (static_cast<int32_t>(width) < 0 || static_cast<int32_t>(height) < 0)
+        return false;
+    // Both below 2^31, so the product of two fits 64 bits; channels is divided, not multiplied.
+    const uint64_t pixels = static_cast<uint64_t>(width) * height;
+    return channels == 0 || pixels <= MAX_SAMPLES / channels;
+}
+
+FRAME *CM_NewFRAME(uint32_t type, uint32_t format, uint32_t width, uint32_t height, uint32_t channels,
+                   uint32_t bit_depth) {
+    if (!CM_FrameSizeOk(width, height, channels))
+        CM_AllocationError();
+    auto *const frame = static_cast<FRAME *>(std::malloc(sizeof(FRAME)));
+    if (frame == nullptr)
+        CM_AllocationError();
+    const size_t samples = static_cast<size_t>(width) * height * channels;
+    auto *const data = static_cast<uint32_t *>(std::calloc(samples + SPARE_SAMPLES, sizeof(uint32_t)));
+    if (data == nullptr) {
+        std::free(frame);
+        CM_AllocationError();
+    }
+    *frame = {type, format, width, height, channels, bit_depth, data};
+    return frame;
+}
+
+int CM_DelFRAME(FRAME *frame) {
+    // Kept: a frame without a buffer stays allocated, record and all.
+    if (frame != nullptr && frame->data != nullptr) {
+        std::free(frame->data);
+        std::free(frame);
+    }
+    return 0;
+}

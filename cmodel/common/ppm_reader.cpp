@@ -1,0 +1,152 @@
+#include <algorithm>
+#include <bit>
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+
+#include "cmodel/common/image_file.h"
+#include "cmodel/common/ppm_stream.h"
+#include "log/log.h"
+
+namespace {
+
+constexpr size_t BLOCK_BYTES = 256 * 1024;
+
+// Big-endian samples of `Bytes` bytes, as loops that the compiler can vectorise.
+template <int Bytes> void unpack(const uint8_t *bytes, uint32_t *samples, size_t count) {
+    for (size_t i = 0; i < count; i++) {
+        uint32_t sum = 0;
+        for (int b = 0; b < Bytes; b++)
+            sum = sum << 8 | bytes[i * Bytes + b];
+        samples[i] = sum;
+    }
+}
+
+void unpack_samples(int sample_bytes, const uint8_t *bytes, uint32_t *samples, size_t count) {
+    switch (sample_bytes) {
+    case 1:
+        return unpack<1>(bytes, samples, count);
+    case 2:
+        return unpack<2>(bytes, samples, count);
+    case 3:
+        return unpack<3>(bytes, samples, count);
+    default:
+        return unpack<4>(bytes, samples, count);
+    }
+}
+
+// The sample of which only the first `present` bytes are in the file; each of the others counts as -1.
+uint32_t incomplete_sample(const uint8_t *bytes, int present, int sample_bytes) {
+    uint32_t sum = 0;
+    for (int b = 0; b < sample_bytes; b++)
+        sum = (sum << 8) + (b < present ? bytes[b] : ~0u);
+    return sum;
+}
+
+void skip_line(std::FILE *stream) {
+    int c;
+    do
+        c = std::getc(stream);
+    while (c != '\n' && c != EOF);
+}
+
+} // namespace
+
+uint32_t ppm_bit_depth(int32_t max_value) {
+    return static_cast<uint32_t>(std::bit_width(static_cast<uint32_t>(max_value) - 1));
+}
+
+PpmReader::PpmReader(const char *path) : path_(path), block_(BLOCK_BYTES), stream_(CM_Fopen(path, "rb")) {
+    if (stream_ == nullptr) {
+        std::fprintf(stderr, "Unable to open file '%s'\n", path);
+        std::exit(1);
+    }
+    read_magic();
+    skip_comments();
+    if (!read_int(header_.width) || !read_int(header_.height))
+        fail("Invalid image size");
+    if (!read_int(header_.max_value) || header_.max_value < 1)
+        fail("Invalid max_rgb");
+    skip_line(stream_);
+    header_.bit_depth = ppm_bit_depth(header_.max_value);
+    sample_bytes_ = header_.bit_depth == 0 ? 0 : ppm_sample_bytes(header_.bit_depth);
+    log_log(LOG_DEBUG, "common", __LINE__, "Color depth (%d) max_rgb:(%d)\n",
+            static_cast<int>(header_.bit_depth), header_.max_value);
+}
+
+void PpmReader::fail(const char *what) {
+    std::fprintf(stderr, "%s (error loading '%s')\n", what, path_.c_str());
+    std::exit(1);
+}
+
+void PpmReader::read_magic() {
+    char line[16];
+    errno = ENODATA; // what an empty file has
+    if (std::fgets(line, sizeof line, stream_) == nullptr) {
+        std::perror(path_.c_str());
+        std::exit(1);
+    }
+    if (line[0] != 'P' || line[1] != '5')
+        fail("Invalid image format (must be 'P5')");
+}
+
+void PpmReader::skip_comments() {
+    int c = std::getc(stream_);
+    while (c == '#') {
+        skip_line(stream_);
+        c = std::getc(stream_);
+    }
+    std::ungetc(c, stream_);
+}
+
+// White space, a sign, decimal digits. False when there is no digit or the number does not fit.
+bool PpmReader::read_int(int32_t &number) {
+    int c = std::getc(stream_);
+    while (std::isspace(c))
+        c = std::getc(stream_);
+    const bool negative = c == '-';
+    if (c == '-' || c == '+')
+        c = std::getc(stream_);
+    if (!std::isdigit(c))
+        return false;
+    constexpr int64_t limit = int64_t{1} << 32; // beyond any int; the rest of the digits does not matter
+    int64_t sum = 0;
+    for (; std::isdigit(c); c = std::getc(stream_))
+        sum = std::min(limit, sum * 10 + (c - '0'));
+    std::ungetc(c, stream_);
+    sum = negative ? -sum : sum;
+    if (sum < std::numeric_limits<int32_t>::min() || sum > std::numeric_limits<int32_t>::max())
+        return false;
+    number = static_cast<int32_t>(sum);
+    return true;
+}
+
+void PpmReader::read(uint32_t *samples, size_t count) {
+    if (sample_bytes_ == 0) {
+        std::fill_n(samples, count, 0u);
+        return;
+    }
+    const size_t size = static_cast<size_t>(sample_bytes_);
+    while (count > 0) {
+        const size_t wanted = std::min(count, block_.size() / size);
+        const size_t bytes = std::fread(block_.data(), 1, wanted * size, stream_);
+        const size_t complete = bytes / size;
+        unpack_samples(sample_bytes_, block_.data(), samples, complete);
+        if (complete < wanted) {
+            samples[complete] =
+                incomplete_sample(&block_[complete * size], static_cast<int>(bytes % size), sample_bytes_);
+            std::fill(samples + complete + 1, samples + wanted, incomplete_sample(nullptr, 0, sample_bytes_));
+            missing_ += wanted - complete;
+        }
+        samples += wanted;
+        count -= wanted;
+    }
+}
+
+void PpmReader::close() {
+    CM_Fclose(stream_);
+    if (missing_ > 0)
+        std::fprintf(stderr, "Unexpected end of file in '%s': %llu samples are missing\n", path_.c_str(),
+                     static_cast<unsigned long long>(missing_));
+}

@@ -1,0 +1,79 @@
+#include <algorithm>
+#include <cstdlib>
+
+#include "cmodel/common/image_file.h"
+#include "cmodel/common/ppm_stream.h"
+
+namespace {
+
+constexpr size_t BLOCK_BYTES = 256 * 1024;
+
+template <int Bytes> void pack(const uint32_t *samples, uint8_t *bytes, size_t count) {
+    for (size_t i = 0; i < count; i++)
+        for (int b = 0; b < Bytes; b++)
+            bytes[i * Bytes + b] = static_cast<uint8_t>(samples[i] >> (8 * (Bytes - 1 - b)));
+}
+
+void pack_samples(int sample_bytes, const uint32_t *samples, uint8_t *bytes, size_t count) {
+    switch (sample_bytes) {
+    case 1:
+        return pack<1>(samples, bytes, count);
+    case 2:
+        return pack<2>(samples, bytes, count);
+    case 3:
+        return pack<3>(samples, bytes, count);
+    default:
+        return pack<4>(samples, bytes, count);
+    }
+}
+
+// Kept: P5 and P6 differ at 32 bits, where P6 takes the shift modulo 32 and says 0.
+std::string max_value_text(char kind, uint32_t bit_depth) {
+    const uint32_t power = 1u << (bit_depth % 32);
+    if (kind == '6')
+        return std::to_string(static_cast<int32_t>(power - 1));
+    return std::to_string(bit_depth < 32 ? power - 1 : 4294967295u);
+}
+
+} // namespace
+
+std::string ppm_header_text(char kind, uint32_t width, uint32_t height, uint32_t bit_depth) {
+    return std::string("P") + kind + "\n# Created by ZEMBRO DPU Model\n" +
+           std::to_string(static_cast<int32_t>(width)) + " " + std::to_string(static_cast<int32_t>(height)) +
+           "\n" + max_value_text(kind, bit_depth) + "\n";
+}
+
+PpmWriter::PpmWriter(const char *path, char kind, uint32_t width, uint32_t height, uint32_t bit_depth)
+    : path_(path), block_(BLOCK_BYTES), stream_(CM_Fopen(path, "wb")),
+      sample_bytes_(ppm_sample_bytes(bit_depth)) {
+    if (stream_ == nullptr) {
+        std::fprintf(stderr, "Unable to open file '%s'\n", path);
+        std::exit(1);
+    }
+    const std::string text = ppm_header_text(kind, width, height, bit_depth);
+    std::copy(text.begin(), text.end(), block_.begin());
+    filled_ = text.size();
+}
+
+void PpmWriter::write(const uint32_t *samples, size_t count) {
+    const size_t size = static_cast<size_t>(sample_bytes_);
+    while (count > 0) {
+        const size_t fitting = std::min(count, (block_.size() - filled_) / size);
+        pack_samples(sample_bytes_, samples, &block_[filled_], fitting);
+        filled_ += fitting * size;
+        samples += fitting;
+        count -= fitting;
+        if (count > 0)
+            flush();
+    }
+}
+
+void PpmWriter::flush() {
+    image_write(stream_, path_.c_str(), block_.data(), filled_);
+    filled_ = 0;
+}
+
+void PpmWriter::close() {
+    flush();
+    image_close_written(stream_, path_.c_str());
+}
