@@ -1,0 +1,31 @@
+// Parts of pictures, whole pictures.
+#include "tools/cfatool/picture_crop.h"
+
+#include "tools/cfatool/trouble.h"
+
+namespace cfatool {
+
+Crop crop_in(const std::string &text, const PictureReader &reader) {
+    const PictureInfo &info = reader.info();
+    if (text.empty())
+        return {0, 0, info.width, info.height};
+    const Crop crop = parse_crop(text, "--crop");
+    if (crop.x > info.width - crop.width || crop.y > info.height - crop.height)
+        throw file_trouble(reader.path(), "--crop " + text + " leaves the picture of " +
+                                              std::to_string(info.width) + "x" + std::to_string(info.height));
+    return crop;
+}
+
+Picture read_picture(const std::string &path) {
+    PictureReader reader(path);
+    Picture picture{reader.info(), {}};
+    std::vector<uint32_t> row;
+    for (int y = 0; y < picture.info.height; ++y) {
+        reader.read_row(row);
+        picture.samples.insert(picture.samples.end(), row.begin(), row.end());
+    }
+    reader.finish();
+    return picture;
+}
+
+} // namespace cfatool

@@ -1,0 +1,56 @@
+// Both register blocks as the tool loads them, apart from the process-wide ones.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+
+namespace cfatool {
+
+/// One part of a block: hardware or software. Its section is table->name.
+struct BlockPart {
+    const RegisterTable *table;
+    RegisterPart *part;
+};
+
+/// A set of register values, at first the defaults.
+struct Registers {
+    CfaReg cfa;
+    CmodelTopReg top;
+
+    Registers();
+    Registers(const Registers &) = delete;
+    Registers &operator=(const Registers &) = delete;
+
+    /// The four parts, hardware before software, CFA before top level.
+    std::vector<BlockPart> parts();
+
+    /// One line of an INI file.
+    void apply(const std::string &section, const std::string &key, const std::string &value);
+
+    /// Loads an INI file over the values in force: both blocks, each from its section. Throws Trouble if it cannot
+    /// be read.
+    void load(const std::string &path);
+};
+
+/// A register of either block.
+struct FoundRegister {
+    BlockPart where;
+    const RegisterInfo *info;
+};
+
+/// The register of this key, in whichever part it is; info is null if there is none.
+FoundRegister find_register(Registers &registers, const std::string &key);
+
+/// Every key of both blocks.
+std::vector<std::string> register_keys(Registers &registers);
+
+/// "12 bits, 0..4095" or "13 bits signed, -4096..4095".
+std::string width_text(const RegisterInfo &info);
+
+/// Whether a file can be opened for reading.
+bool readable(const std::string &path);
+
+} // namespace cfatool
