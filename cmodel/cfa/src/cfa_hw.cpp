@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "cmodel/cfa/src/lines/cfa_lines.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 
 namespace {
@@ -25,7 +26,8 @@ void cfa_hw(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
         return;
     }
     refuse_small_picture(raw);
-    cfa_model(raw, out_rgb, out_dc, out_sg);
+    if (!cfa_lines(raw, out_rgb, out_dc, out_sg))
+        cfa_model(raw, out_rgb, out_dc, out_sg);
 }
 
 void cfa_bypass(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {

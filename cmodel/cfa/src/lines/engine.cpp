@@ -1,0 +1,112 @@
+#include "cmodel/cfa/src/lines/engine.h"
+
+#include <algorithm>
+
+#include "log/log.h"
+
+namespace {
+
+using E = LineEngine;
+using S = EngineSettings;
+
+constexpr int last_lag = 5;
+
+} // namespace
+
+LineEngine::LineEngine(int width, int height, const EngineSettings &settings, RowSource &source,
+                       RowSink &sink)
+    : width_(width), height_(height), n_(padded_half(width)), settings_(settings), source_(source),
+      sink_(sink) {
+    for (int parity = 0; parity < 2; parity++) {
+        std::fill_n(direction_.write(0, parity), n_, settings.forced_direction);
+        std::fill_n(direction_.write(1, parity), n_, settings.forced_direction);
+        std::fill_n(gain_.write(0, parity), n_, Sample{1024});
+    }
+}
+
+void LineEngine::run() {
+    // Lag: how many rows a stage runs behind the input. Stages of one lag run in this order.
+    // clang-format off
+    static constexpr Stage schedule[] = {
+        // stage                      lag  only if                    reads (rows around its own)
+        {&E::average,                  2, nullptr},                // raw +-2
+        {&E::predict_greens,           2, nullptr},                // raw +-2
+        {&E::find_largest,             2, nullptr},                // raw +-2
+        {&E::find_extremes,            2, &S::luma_moire},         // raw +-2
+        {&E::measure_first_difference, 2, &S::color_moire},        // green_h
+        {&E::predict_colors,           3, nullptr},                // raw, difference +-1
+        {&E::measure_green_distances,  3, &S::uses_variance},      // raw +-1, distance_h
+        {&E::write_dc,                 3, nullptr},                // largest +-1
+        {&E::weigh_luma_moire,         4, &S::luma_moire},         // extremes +-1, greens +-2
+        {&E::weigh_color_moire,        4, &S::color_moire},        // average, greens +-2
+        {&E::weigh_phase_difference,   4, &S::color_moire},        // green_v +-2, first_h +-2
+        {&E::cast_votes,               4, &S::decides_direction},  // activity
+        {&E::low_pass_mosaic,          4, &S::sharpens},           // raw +-1
+        {&E::measure_variance,         5, &S::uses_variance},      // colours, distances +-2
+        {&E::decide_direction,         5, &S::decides_direction},  // variance, activity, votes +-1, directions -1
+        {&E::reconstruct,              5, nullptr},                // raw +-1, candidates, colours
+        {&E::remove_luma,              5, &S::luma_moire},         // rgb, average, luma weight
+        {&E::remove_color,             5, &S::color_moire},        // rgb, weights +-1
+        {&E::sharpen,                  5, &S::sharpens},           // rgb, mosaic luma +-1
+        {&E::write_row,                last_lag, nullptr},         // rgb, gain
+    };
+    // clang-format on
+    if (settings_.sharpens)
+        log_log(LOG_INFO, "cfa_hw", __LINE__, "reg_cfa_shpn_gain_value = %d", settings_.sharpen.gain);
+    for (int t = 0; t < height_ + last_lag; t++) {
+        if (t < height_) {
+            source_.read(t, raw_.write(t, 0), raw_.write(t, 1));
+            raw_.mirror(t);
+        }
+        for (const Stage &stage : schedule) {
+            const int y = t - stage.lag;
+            if (y >= 0 && y < height_ && (stage.only_if == nullptr || settings_.*stage.only_if))
+                (this->*stage.compute)(y);
+        }
+    }
+}
+
+FiveSamples LineEngine::along_row(const Lines &plane, int y, int parity) {
+    const Sample *const own = plane.half(y, parity);
+    const Sample *const left = plane.left(y, parity);
+    return {{own - 1, left, own, left + 1, own + 1}};
+}
+
+FiveSamples LineEngine::along_column(const Lines &plane, int y, int parity) {
+    return {{plane.half(y - 2, parity), plane.half(y - 1, parity), plane.half(y, parity),
+             plane.half(y + 1, parity), plane.half(y + 2, parity)}};
+}
+
+void LineEngine::write_dc(int y) {
+    for (int parity = 0; parity < 2; parity++)
+        binomial_3x3(sight<1>(largest_, y, parity), dc_.write(0, parity), n_);
+    sink_.dc(y, {{dc_.half(0, 0), dc_.half(0, 1)}});
+}
+
+void LineEngine::low_pass_mosaic(int y) {
+    for (int parity = 0; parity < 2; parity++)
+        binomial_3x3(sight<1>(raw_, y, parity), mosaic_luma_.write(y, parity), n_);
+    mosaic_luma_.mirror(y);
+}
+
+void LineEngine::sharpen(int y) {
+    for (int parity = 0; parity < 2; parity++) {
+        Sample *const detail = detail_.write(0, parity);
+        Sample *const luma = rgb_luma_.write(0, parity);
+        sharpen_detail(sight<1>(mosaic_luma_, y, parity), rgb_[0].half(0, parity), rgb_[1].half(0, parity),
+                       rgb_[2].half(0, parity), settings_.sharpen, detail, luma, n_);
+        sharpen_gain(detail, luma, settings_.sharpen, gain_.write(0, parity), n_);
+        for (Lines &color : rgb_)
+            add_detail(detail, settings_.sharpen, color.write(0, parity), n_);
+    }
+}
+
+void LineEngine::write_row(int y) {
+    const auto row = [](const Lines &plane) { return SplitRow{{plane.half(0, 0), plane.half(0, 1)}}; };
+    sink_.rgb(y, row(rgb_[0]), row(rgb_[1]), row(rgb_[2]));
+    sink_.gain(y, row(gain_));
+}
+
+void run_line_engine(int width, int height, RowSource &source, RowSink &sink) {
+    LineEngine(width, height, read_engine_settings(), source, sink).run();
+}

@@ -1,0 +1,103 @@
+// The line engine: the enabled block row by row through line buffers, as the silicon does it. One row in, and
+// every stage advances by one row; at most eight rows of a plane are alive, and the picture leaves five rows
+// later.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/line_buffer.h"
+#include "cmodel/cfa/src/lines/rows.h"
+#include "cmodel/cfa/src/lines/settings.h"
+
+/// Runs the block on a picture from source to sink. REQUIRES cfa_lines_excludes to have nothing against the
+/// registers and the size, and every sample to be 0..4095.
+void run_line_engine(int width, int height, RowSource &source, RowSink &sink);
+
+class LineEngine {
+  public:
+    LineEngine(int width, int height, const EngineSettings &settings, RowSource &source, RowSink &sink);
+    void run();
+
+    /// One line of the schedule: at each step t a stage computes row t - lag.
+    struct Stage {
+        void (LineEngine::*compute)(int y);
+        int lag;
+        bool EngineSettings::*only_if; // null: always
+    };
+
+  private:
+    // The stages, in the order of the schedule (engine.cpp). Each computes row y of its planes.
+    void average(int y);
+    void predict_greens(int y);
+    void find_extremes(int y);
+    void find_largest(int y);
+    void measure_first_difference(int y);
+    void predict_colors(int y);
+    void measure_green_distances(int y);
+    void write_dc(int y);
+    void weigh_luma_moire(int y);
+    void weigh_color_moire(int y);
+    void weigh_phase_difference(int y);
+    void cast_votes(int y);
+    void low_pass_mosaic(int y);
+    void measure_variance(int y);
+    void decide_direction(int y);
+    void reconstruct(int y);
+    void remove_luma(int y);
+    void remove_color(int y);
+    void sharpen(int y);
+    void write_row(int y);
+
+    // Where the colours are: the column parity of the red or blue sites of row y, and which of the two they
+    // are.
+    int color_parity(int y) const { return settings_.first_color_parity ^ (y & 1); }
+    int own_color(int y) const { return settings_.first_color ^ (y & 1); } // 0 red, 1 blue
+    Lines lines(int rows) const { return Lines(width_, height_, rows); }
+    static FiveSamples along_row(const Lines &plane, int y, int parity);
+    static FiveSamples along_column(const Lines &plane, int y, int parity);
+    void decide_half(int y, int parity, DirectionByLeft out, bool may_vote, int first, int count);
+    DirectionEvidence evidence(int y, int parity, int first) const;
+    void predict_candidate(int y, const Lines &green, const Lines &difference, std::array<Lines, 2> &color,
+                           std::array<Lines, 2> &distance);
+
+    const int width_;
+    const int height_;
+    const int n_; // padded elements of a half-row
+    const EngineSettings settings_;
+    RowSource &source_;
+    RowSink &sink_;
+
+    // Planes: the number is how many rows are alive, counted from the stage that writes to the last that
+    // reads. Pairs of colours are red, blue; pairs of candidates are horizontal, vertical.
+    Lines raw_ = lines(8);
+    Lines average_[3] = {lines(4), lines(4), lines(4)};
+    Lines green_h_ = lines(5), green_v_ = lines(5);           // raw at green sites
+    Lines difference_h_ = lines(3), difference_v_ = lines(3); // raw - green at red/blue sites
+    Lines candidate_h_ = lines(4), candidate_v_ = lines(4);   // sharpened, at red/blue sites
+    Lines activity_h_ = lines(4), activity_v_ = lines(4);
+    Lines largest_ = lines(3);
+    Lines first_h_ = lines(5);
+    std::array<Lines, 2> color_h_{lines(3), lines(3)}, color_v_{lines(5), lines(5)};
+    std::array<Lines, 2> distance_h_{lines(3), lines(3)}, distance_v_{lines(5), lines(5)}; // from their green
+    Lines beside_ = lines(3),
+          across_ = lines(4); // distance of green from the colour beside it, above and below it
+    Lines outer_h_ = lines(5), outer_v_ = lines(1);
+    LineBuffer<int32_t> sig_h_{width_, height_, 1}, sig_v_{width_, height_, 1};
+    Lines luma_ = lines(1), vote_below_ = lines(3), vote_right_ = lines(1), direction_ = lines(2);
+    Lines by_left_[3] = {lines(1), lines(1), lines(1)};
+    Lines pair_before_ = lines(1);
+    LineBuffer<uint32_t> pair_step_{width_, height_, 1};
+    Lines weight_h_ = lines(1), weight_v_ = lines(1);
+    LineBuffer<int32_t> weight_inverse_{width_, height_, 1};
+    Lines extreme_max_[3] = {lines(4), lines(4), lines(4)}, extreme_min_[3] = {lines(4), lines(4), lines(4)};
+    Lines luma_weight_ = lines(2),
+          range_rows_[6] = {lines(1), lines(1), lines(1), lines(1), lines(1), lines(1)};
+    LineBuffer<int32_t> gradient_{width_, height_, 1};
+    Lines color_distance_ = lines(3), spread_ = lines(1), edge_ = lines(3);
+    Lines first_v_ = lines(1), phase_ = lines(2), widest_ = lines(1), mix_ = lines(1), pull_ = lines(1);
+    Lines mosaic_luma_ = lines(3), detail_ = lines(1), rgb_luma_ = lines(1), gain_ = lines(1);
+    Lines rgb_[3] = {lines(1), lines(1), lines(1)}, smoothed_[3] = {lines(1), lines(1), lines(1)};
+    Lines dc_ = lines(1);
+};

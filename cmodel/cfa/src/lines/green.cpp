@@ -1,0 +1,76 @@
+#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/reciprocal.h"
+
+namespace {
+
+// a where the mask is all ones, b where it is 0.
+constexpr Sample select(Sample mask, Sample a, Sample b) {
+    return (a & mask) | (b & ~mask);
+}
+
+// All ones where the bit is set.
+constexpr Sample mask_of(Sample index, int bit) {
+    return -((index >> bit) & 1);
+}
+
+// table.word[first .. first + 2^levels) by the bits of the index above the lowest.
+template <int levels> constexpr Sample look_up(const SharpeningTable &table, Sample index, int first) {
+    if constexpr (levels == 0)
+        return table.word[first];
+    else
+        return select(mask_of(index, levels), look_up<levels - 1>(table, index, first + (1 << (levels - 1))),
+                      look_up<levels - 1>(table, index, first));
+}
+
+// Entry 0..31 of the table: a tree of choices, because vectors have no cheap look-up.
+constexpr Sample sharpening_weight(const SharpeningTable &table, Sample index) {
+    const Sample word = look_up<4>(table, index, 0);
+    return select(mask_of(index, 0), word >> 8, word & 63);
+}
+
+// The ratio green / own, Q12, without its lower seven bits, 0..31.
+inline Sample ratio_index(Sample green, Sample own) {
+    return static_cast<Sample>(least32(31, (green * reciprocal(own)) >> 10));
+}
+
+} // namespace
+
+CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, SharpeningTable table,
+                              Sample *candidate_h, Sample *candidate_v, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++) {
+        const auto P = raw.at(i);
+        const Sample h_pair = P(0, -1) + P(0, 1);
+        const Sample v_pair = P(-1, 0) + P(1, 0);
+        const Sample h_ends = P(0, -2) + P(0, 2);
+        const Sample v_ends = P(-2, 0) + P(2, 0);
+        const Sample h_lp = static_cast<Sample>(h_pair + 1) >> 1;
+        const Sample v_lp = static_cast<Sample>(v_pair + 1) >> 1;
+        const Sample h_hp = static_cast<Sample>(2 * P(0, 0) - h_ends) >> 2; // -2048..2047
+        const Sample v_hp = static_cast<Sample>(2 * P(0, 0) - v_ends) >> 2;
+        const Sample h_own = static_cast<Sample>(2 * P(0, 0) + h_ends) >> 2;
+        const Sample v_own = static_cast<Sample>(2 * P(0, 0) + v_ends) >> 2;
+
+        // (weight * hp) >> 5 as the upper half of (weight << 7) * (hp << 4); unsharpened the correction is hp
+        // itself.
+        const Sample h_weight = sharpening_weight(table, ratio_index(h_pair >> 1, h_own));
+        const Sample v_weight = sharpening_weight(table, ratio_index(v_pair >> 1, v_own));
+        const Sample sharpens = -(largest(lh[i], lv[i]) < table.activity_limit);
+        const Sample h_fix = select(sharpens, upper_half(h_weight << 7, h_hp << 4), h_hp);
+        const Sample v_fix = select(sharpens, upper_half(v_weight << 7, v_hp << 4), v_hp);
+        const Sample h = limited12(static_cast<Sample>(h_lp + h_fix));
+        const Sample v = limited12(static_cast<Sample>(v_lp + v_fix));
+
+        // Range of the twelve greens around the site: cross and knight.
+        const Sample near_max = largest(largest(P(0, -1), P(0, 1)), largest(P(-1, 0), P(1, 0)));
+        const Sample near_min = least(least(P(0, -1), P(0, 1)), least(P(-1, 0), P(1, 0)));
+        const Sample side_max = largest(largest(P(-1, -2), P(-1, 2)), largest(P(1, -2), P(1, 2)));
+        const Sample side_min = least(least(P(-1, -2), P(-1, 2)), least(P(1, -2), P(1, 2)));
+        const Sample end_max = largest(largest(P(-2, -1), P(-2, 1)), largest(P(2, -1), P(2, 1)));
+        const Sample end_min = least(least(P(-2, -1), P(-2, 1)), least(P(2, -1), P(2, 1)));
+        const Sample max = largest(near_max, largest(side_max, end_max));
+        const Sample min = least(near_min, least(side_min, end_min));
+        candidate_h[i] = least(max, largest(min, h));
+        candidate_v[i] = least(max, largest(min, v));
+    }
+}

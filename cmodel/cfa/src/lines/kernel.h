@@ -1,0 +1,90 @@
+// What every kernel of the line engine is written in.
+//
+// A kernel is a plain loop over one half-row: the pixels of one column parity of one row. There all sites
+// have the same colour, so no kernel asks for a colour code. Loops run over a padded count (line_buffer.h),
+// one operation a line; intermediates are Samples wherever the comment's range says that they fit, which is
+// what lets the compiler work on 16-bit lanes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// A 16-bit sample. Pictures are u12; signed intermediates state their range.
+using Sample = int16_t;
+
+/// Position in a half-row, as wide as a pointer: with wrapping arithmetic a narrower index would not be seen
+/// to run on.
+using Index = std::ptrdiff_t;
+
+// One binary holds each kernel for several instruction sets and picks at start. Only g++ on x86-64 does this
+// well.
+#if defined(CFA_KERNELS_DISPATCH) && defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) &&      \
+    defined(__ELF__)
+#define CFA_KERNEL __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")))
+#else
+#define CFA_KERNEL
+#endif
+
+// Rows never overlap the row that a loop writes.
+#if defined(__clang__)
+#define CFA_LOOP _Pragma("clang loop vectorize(assume_safety)")
+#else
+#define CFA_LOOP _Pragma("GCC ivdep")
+#endif
+
+constexpr Sample least(Sample a, Sample b) {
+    return a < b ? a : b;
+}
+constexpr Sample largest(Sample a, Sample b) {
+    return a > b ? a : b;
+}
+constexpr Sample limited12(Sample v) {
+    return least(4095, largest(0, v));
+}
+
+/// |a - b|. REQUIRES that the difference fits 16 bits.
+constexpr Sample distance(Sample a, Sample b) {
+    const Sample d = static_cast<Sample>(a - b);
+    return d < 0 ? static_cast<Sample>(-d) : d;
+}
+
+/// floor(a * b / 65536): the upper half of the product.
+constexpr Sample upper_half(Sample a, Sample b) {
+    return static_cast<Sample>((int32_t{a} * b) >> 16);
+}
+
+constexpr int32_t least32(int32_t a, int32_t b) {
+    return a < b ? a : b;
+}
+constexpr int32_t largest32(int32_t a, int32_t b) {
+    return a > b ? a : b;
+}
+/// a where the condition holds, b elsewhere, without a branch.
+constexpr int32_t select32(bool condition, int32_t a, int32_t b) {
+    const int32_t mask = -int32_t{condition};
+    return (a & mask) | (b & ~mask);
+}
+constexpr int32_t limited12(int32_t v) {
+    return least32(4095, largest32(0, v));
+}
+
+/// +1 where a < b (horizontal), -1 where a > b (vertical), 0 on a tie.
+constexpr Sample toward(int32_t a, int32_t b) {
+    return static_cast<Sample>((a < b) - (a > b));
+}
+
+/// 2*R+1 mirrored rows seen from the sites of one column parity. P = rows.at(i) reads P(dy, dx) around site
+/// i: own[i] is column x, own[i +- 1] columns x +- 2; left[i] is column x - 1, left[i + 1] column x + 1.
+template <int R> struct Sight {
+    const Sample *own[2 * R + 1];
+    const Sample *left[2 * R + 1];
+
+    struct Site {
+        const Sight &rows;
+        Index i;
+        constexpr Sample operator()(int dy, int dx) const {
+            return dx % 2 == 0 ? rows.own[dy + R][i + dx / 2] : rows.left[dy + R][i + (dx + 1) / 2];
+        }
+    };
+    constexpr Site at(Index i) const { return {*this, i}; }
+};

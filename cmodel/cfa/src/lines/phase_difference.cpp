@@ -1,0 +1,40 @@
+#include "cmodel/cfa/src/lines/curve.h"
+#include "cmodel/cfa/src/lines/kernels.h"
+
+namespace {
+
+// Taps 1 -4 6 -4 1; magnitude in units of 16, rounded, 0..4095.
+constexpr int32_t fourth_difference(Sample a, Sample b, Sample c, Sample d, Sample e) {
+    const int32_t sum = a - 4 * b + 6 * c - 4 * d + e;
+    const int32_t magnitude = sum < 0 ? -sum : sum;
+    return least32(4095, (magnitude + 8) >> 4);
+}
+
+} // namespace
+
+CFA_KERNEL void first_difference_row(Sight<0> green_h, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++) {
+        const auto G = green_h.at(i);
+        out[i] = G(0, -2) + G(0, -1) - G(0, 1) - G(0, 2);
+    }
+}
+
+CFA_KERNEL void first_difference_column(FiveSamples green_v, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++)
+        out[i] = green_v.at[0][i] + green_v.at[1][i] - green_v.at[3][i] - green_v.at[4][i];
+}
+
+CFA_KERNEL void phase_difference_weight(Sight<0> first_v, FiveSamples first_h, Curve curve, Sample *weight,
+                                        int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++) {
+        const auto V = first_v.at(i);
+        const int32_t a = fourth_difference(V(0, -2), V(0, -1), V(0, 0), V(0, 1), V(0, 2));
+        const int32_t b = fourth_difference(first_h.at[0][i], first_h.at[1][i], first_h.at[2][i],
+                                            first_h.at[3][i], first_h.at[4][i]);
+        const int32_t norm = (largest32(a, b) * 123 + least32(a, b) * 51 + 64) >> 7;
+        weight[i] = static_cast<Sample>(truncated_curve(norm, curve));
+    }
+}

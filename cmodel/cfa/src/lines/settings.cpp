@@ -1,0 +1,121 @@
+#include "cmodel/cfa/src/lines/settings.h"
+
+#include <algorithm>
+
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+#include "cmodel/common/color_id.h"
+
+namespace {
+
+constexpr Sample all_ones(bool condition) {
+    return condition ? -1 : 0;
+}
+
+SharpeningTable sharpening_table() {
+    const auto &r = cfa_reg.hw;
+    const int32_t entries[32] = {
+        r.reg_cfa_ghp_lut00, r.reg_cfa_ghp_lut01, r.reg_cfa_ghp_lut02, r.reg_cfa_ghp_lut03,
+        r.reg_cfa_ghp_lut04, r.reg_cfa_ghp_lut05, r.reg_cfa_ghp_lut06, r.reg_cfa_ghp_lut07,
+        r.reg_cfa_ghp_lut08, r.reg_cfa_ghp_lut09, r.reg_cfa_ghp_lut10, r.reg_cfa_ghp_lut11,
+        r.reg_cfa_ghp_lut12, r.reg_cfa_ghp_lut13, r.reg_cfa_ghp_lut14, r.reg_cfa_ghp_lut15,
+        r.reg_cfa_ghp_lut16, r.reg_cfa_ghp_lut17, r.reg_cfa_ghp_lut18, r.reg_cfa_ghp_lut19,
+        r.reg_cfa_ghp_lut20, r.reg_cfa_ghp_lut21, r.reg_cfa_ghp_lut22, r.reg_cfa_ghp_lut23,
+        r.reg_cfa_ghp_lut24, r.reg_cfa_ghp_lut25, r.reg_cfa_ghp_lut26, r.reg_cfa_ghp_lut27,
+        r.reg_cfa_ghp_lut28, r.reg_cfa_ghp_lut29, r.reg_cfa_ghp_lut30, r.reg_cfa_ghp_lut31};
+    SharpeningTable table{};
+    for (int k = 0; k < 16; k++)
+        table.word[k] = static_cast<Sample>(entries[2 * k] | entries[2 * k + 1] << 8);
+    table.activity_limit =
+        static_cast<Sample>(std::min<int32_t>(r.reg_cfa_ghp_thd, 32767)); // activity is below
+    return table;
+}
+
+void read_direction(EngineSettings &s) {
+    const auto &r = cfa_reg.hw;
+    s.at_red_blue = {r.reg_cfa_edgee_thd, r.reg_cfa_edge_tol, r.reg_cfa_sige_thd, r.reg_cfa_gsig_tol, 0};
+    const int32_t luma = r.reg_cfa_rb_vt_enable == 1 ? r.reg_cfa_rbsig_luma_thd : 32767;
+    s.at_green = {r.reg_cfa_edgee_thd2, 0, 0, r.reg_cfa_rbsig_tol, luma};
+    s.strong = static_cast<Sample>(r.reg_cfa_vw_thd);
+    s.decides_direction = r.reg_cfa_force_dir_enable != 1;
+    const int32_t forced = r.reg_cfa_force_dir_sel;
+    s.forced_direction = forced == 0 ? 0 : forced == 1 ? 1 : -1;
+    s.uses_variance = s.decides_direction || forced == 0;
+}
+
+void read_luma_moire(EngineSettings &s) {
+    const auto &r = cfa_reg.hw;
+    s.luma_moire = r.reg_cfa_ymoire_enable == 1;
+    s.luma.red_blue_mask = r.reg_cfa_ymoire_ref_maxg_only == 1 ? 0 : -1;
+    s.luma.noise = r.reg_cfa_ymoire_np;
+    s.luma.detail = {r.reg_cfa_ymoire_detail_th, r.reg_cfa_ymoire_detail_low, r.reg_cfa_ymoire_detail_high,
+                     r.reg_cfa_ymoire_detail_slope};
+    s.luma.edge = {r.reg_cfa_ymoire_edge_th, r.reg_cfa_ymoire_edge_low, r.reg_cfa_ymoire_edge_high,
+                   r.reg_cfa_ymoire_edge_slope};
+    s.luma.output = {r.reg_cfa_ymoire_lut_th, r.reg_cfa_ymoire_lut_low, r.reg_cfa_ymoire_lut_high,
+                     r.reg_cfa_ymoire_lut_slope};
+    s.luma.lpf_w = r.reg_cfa_ymoire_lpf_w;
+    s.luma.dc_w = r.reg_cfa_ymoire_dc_w;
+}
+
+void read_color_moire(EngineSettings &s) {
+    const auto &r = cfa_reg.hw;
+    s.color_moire = r.reg_cfa_cmoire_enable == 1;
+    s.color_distance.saturation = {r.reg_cfa_cmoire_sat_x0, r.reg_cfa_cmoire_sat_y0, r.reg_cfa_cmoire_sat_y1,
+                                   r.reg_cfa_cmoire_sat_slp0};
+    s.color_distance.hue = {r.reg_cfa_cmoire_ptclr_x0, r.reg_cfa_cmoire_ptclr_y0, r.reg_cfa_cmoire_ptclr_y1,
+                            r.reg_cfa_cmoire_ptclr_slp0};
+    const int32_t hues[3] = {r.reg_cfa_cmoire_protclr1, r.reg_cfa_cmoire_protclr2, r.reg_cfa_cmoire_protclr3};
+    const int32_t enabled[3] = {r.reg_cfa_cmoire_protclr1_enable, r.reg_cfa_cmoire_protclr2_enable,
+                                r.reg_cfa_cmoire_protclr3_enable};
+    for (int k = 0; k < 3; k++) {
+        s.color_distance.protected_hue[k] = hues[k];
+        s.color_distance.out_of_reach[k] =
+            enabled[k] == 1 ? 0 : 65536; // beyond the 4095 that the search starts from
+    }
+    s.directional = {
+        {static_cast<Sample>(r.reg_cfa_cmoire_edge_d0c0), static_cast<Sample>(r.reg_cfa_cmoire_edge_d0c1),
+         static_cast<Sample>(r.reg_cfa_cmoire_edge_d0c2)},
+        {static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c0), static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c1),
+         static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c2), static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c3),
+         static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c4), static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c5),
+         static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c6), static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c7),
+         static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c8)}};
+    s.edge.luma_target = r.reg_cfa_cmoire_lumagain_enable == 1 ? r.reg_cfa_cmoire_lumatg : 0;
+    s.edge.edge = {r.reg_cfa_cmoire_edge_x0, r.reg_cfa_cmoire_edge_y0, r.reg_cfa_cmoire_edge_y1,
+                   r.reg_cfa_cmoire_edge_slp0};
+    s.phase = {r.reg_cfa_cmoire_pd_x0, r.reg_cfa_cmoire_pd_y0, r.reg_cfa_cmoire_pd_y1,
+               r.reg_cfa_cmoire_pd_slp0};
+    s.strength = r.reg_cfa_cmoire_strth;
+}
+
+void read_sharpen(EngineSettings &s) {
+    const auto &r = cfa_reg.hw;
+    const int32_t threshold = r.reg_cfa_shpn_core_value;
+    s.sharpens = r.reg_cfa_shpn_enable == 1;
+    s.sharpen.remove_spikes = all_ones(r.reg_cfa_shpn_pre_proc_enable == 1);
+    s.sharpen.threshold_hf = static_cast<Sample>(threshold);
+    s.sharpen.threshold_mf = static_cast<Sample>((threshold * r.reg_cfa_shpn_mf_core_gain) >> 8);
+    s.sharpen.weight_hf = r.reg_cfa_shpn_hf_blend_wgt;
+    s.sharpen.weight_mf = r.reg_cfa_shpn_mf_blend_wgt;
+    s.sharpen.min_y = r.reg_cfa_shpn_min_y;
+    s.sharpen.min_gain = r.reg_cfa_shpn_min_gain;
+    s.sharpen.max_gain = r.reg_cfa_shpn_max_gain;
+    s.sharpen.gain = r.reg_cfa_shpn_gain_value;
+}
+
+} // namespace
+
+EngineSettings read_engine_settings() {
+    EngineSettings s{};
+    const uint32_t id = static_cast<uint32_t>(int32_t{cmodel_top_reg.hw.reg_img_bayerid});
+    const auto is_green = [](uint32_t code) { return code == CODE_GB || code == CODE_GR; };
+    s.first_color_parity = is_green(CM_GET_COLOR_ID(0, 0, id)) ? 1 : 0;
+    s.first_color = CM_GET_COLOR_ID(0, s.first_color_parity, id) == CODE_R ? 0 : 1;
+    s.sharpening = sharpening_table();
+    read_direction(s);
+    read_luma_moire(s);
+    read_color_moire(s);
+    read_sharpen(s);
+    return s;
+}

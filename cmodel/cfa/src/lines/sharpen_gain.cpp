@@ -1,0 +1,69 @@
+#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/reciprocal.h"
+
+namespace {
+
+// What lies within the threshold is noise.
+constexpr Sample cored(Sample v, Sample threshold) {
+    const Sample size = distance(v, 0);
+    const Sample beyond = largest(static_cast<Sample>(size - threshold), 0);
+    return v < 0 ? -beyond : beyond;
+}
+
+constexpr int32_t magnitude(int32_t v) {
+    return v < 0 ? -v : v;
+}
+
+} // namespace
+
+CFA_KERNEL void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sample *green,
+                               const Sample *blue, SharpenSettings s, Sample *detail, Sample *luma, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++) {
+        const auto P = bayer_luma.at(i);
+        const Sample rgb_sum = red[i] + 2 * green[i] + blue[i];
+        const Sample rgb_luma = rgb_sum >> 2;
+
+        const Sample above = P(-1, -1) + 2 * P(-1, 0) + P(-1, 1);
+        const Sample row = P(0, -1) + 2 * P(0, 0) + P(0, 1);
+        const Sample below = P(1, -1) + 2 * P(1, 0) + P(1, 1);
+        const uint16_t sum = above + 2 * row + below;
+        const Sample low_passed = static_cast<Sample>(sum >> 4);
+
+        // The centre limited to the range of its eight neighbours.
+        const Sample above_max = largest(largest(P(-1, -1), P(-1, 0)), P(-1, 1));
+        const Sample above_min = least(least(P(-1, -1), P(-1, 0)), P(-1, 1));
+        const Sample below_max = largest(largest(P(1, -1), P(1, 0)), P(1, 1));
+        const Sample below_min = least(least(P(1, -1), P(1, 0)), P(1, 1));
+        const Sample max = largest(largest(above_max, below_max), largest(P(0, -1), P(0, 1)));
+        const Sample min = least(least(above_min, below_min), least(P(0, -1), P(0, 1)));
+        const Sample limited = least(largest(P(0, 0), min), max);
+        const Sample spike_removed = (limited & s.remove_spikes) | (P(0, 0) & ~s.remove_spikes);
+
+        const int32_t mf = cored(spike_removed - low_passed, s.threshold_mf) * s.weight_mf;
+        const int32_t hf = cored(rgb_luma - spike_removed, s.threshold_hf) * s.weight_hf;
+        const int32_t both = mf + hf;
+        const Sample size = static_cast<Sample>(least32(magnitude(both) >> 7, 4095));
+        detail[i] = both < 0 ? -size : size;
+        luma[i] = rgb_luma;
+    }
+}
+
+CFA_KERNEL void sharpen_gain(const Sample *detail, const Sample *luma, SharpenSettings s, Sample *gain,
+                             int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++) {
+        const int32_t y = largest32(luma[i], s.min_y);
+        const int32_t g = limited12(((detail[i] * reciprocal(y)) >> 5) + 1024); // Q10
+        gain[i] = static_cast<Sample>(least32(largest32(g, s.min_gain), s.max_gain));
+    }
+}
+
+CFA_KERNEL void add_detail(const Sample *detail, SharpenSettings s, Sample *color, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++) {
+        const int32_t size = (magnitude(detail[i]) * s.gain + 16) >> 5; // at least 0: shifts as it divides
+        const int32_t change = detail[i] < 0 ? -size : size;
+        color[i] = static_cast<Sample>(limited12(color[i] + change));
+    }
+}
