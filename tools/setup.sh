@@ -1,0 +1,62 @@
+# Installs what the build needs and this machine lacks. Sourced by run-demo and run-tests from the repository root.
+# Debian and Ubuntu packages; elsewhere it names what is missing.
+
+# Whether the compiler finds this header.
+has_header() {
+    printf '#include <%s>\n' "$1" | "${CXX:-c++}" -x c++ -std=c++20 -fsyntax-only - >/dev/null 2>&1
+}
+
+# Names of the packages that are missing, a blank between.
+missing_packages() {
+    missing=
+    command -v cmake >/dev/null || missing="$missing cmake"
+    command -v make >/dev/null || missing="$missing make"
+    if ! command -v "${CXX:-c++}" >/dev/null; then
+        echo "$missing g++ libinih-dev libpng-dev libcli11-dev doctest-dev"
+        return
+    fi
+    has_header ini.h || missing="$missing libinih-dev"
+    has_header png.h || missing="$missing libpng-dev"
+    has_header CLI/CLI.hpp || missing="$missing libcli11-dev"
+    has_header doctest/doctest.h || missing="$missing doctest-dev"
+    echo "$missing"
+}
+
+# Installs as root or through sudo without a password; where neither is possible, says what to run and ends with 2.
+install_missing() {
+    missing=$(missing_packages)
+    [ -n "$missing" ] || return 0
+    root=
+    if [ "$(id -u)" != 0 ]; then
+        root="sudo -n"
+        sudo -n true 2>/dev/null || root=no
+    fi
+    if [ "$root" = no ] || ! command -v apt-get >/dev/null; then
+        echo "Missing packages; run this and start again: sudo apt-get install -y$missing" >&2
+        exit 2
+    fi
+    echo "Installing:$missing"
+    # The lists of packages may be old or absent.
+    # shellcheck disable=SC2086 # words are wanted
+    if ! $root apt-get update -qq >/dev/null ||
+        ! $root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null; then
+        echo "apt-get could not install:$missing" >&2
+        exit 2
+    fi
+    missing=$(missing_packages)
+    [ -z "$missing" ] || { echo "Still missing after the installation:$missing" >&2; exit 2; }
+}
+
+# Configures a preset and builds the given targets (none: all), quietly; what was printed is shown when it fails.
+build_preset() {
+    preset=$1
+    shift
+    echo "Building preset $preset ..."
+    mkdir -p "build/$preset"
+    log="build/$preset/build.log"
+    if ! { cmake --preset "$preset" && cmake --build --preset "$preset" ${1:+--target "$@"}; } >"$log" 2>&1 </dev/null; then
+        cat "$log" >&2
+        echo "The build of preset $preset failed." >&2
+        exit 2
+    fi
+}
