@@ -31,12 +31,14 @@ Rgb shirt_colour(int u, int v, int64_t push) {
     return mix(colour(0xF4F1EA), colour(0x3E66B8), swing(place * 10 / 27));
 }
 
-// Herringbone: columns of threads that climb and fall by turns.
+// Herringbone: columns of threads that climb and fall by turns, 2.83 pixels apart at 43 degrees, where red,
+// green and blue sites alias into slow bands of false colour.
 Rgb jacket_colour(int u, int v, int64_t push) {
-    const int64_t column = u / 26;
-    const int64_t across = column % 2 == 0 ? int64_t{u} + v : int64_t{u} - v;
-    const int64_t place = across * 46341 + push; // 46341 / 65536 is the sine of 45 degrees
-    return mix(colour(0x20242C), colour(0xC8C4BC), swing(place * 10 / 28));
+    constexpr int64_t COSINE = 47930; // of 43 degrees, Q16
+    constexpr int64_t SINE = 44695;
+    const int64_t climb = u / 26 % 2 == 0 ? v : -v;
+    const int64_t place = u * COSINE + climb * SINE + push;
+    return mix(colour(0x20242C), colour(0xE0DCD4), swing(place * 100 / 283));
 }
 
 struct Folds {
@@ -72,7 +74,7 @@ Panel cloth_panel(int width, int height, uint64_t) {
         const int64_t x = part(u, width);
         const int64_t y = part(v, height);
         const Folds folds = folds_at(x, y);
-        const int64_t push = folds.push * width / 90; // in 1/65536 pixel
+        const int64_t push = folds.push * width / 160; // in 1/65536 pixel
         const int64_t off = std::abs(x - 32768);      // from the middle
         const int64_t opening = 21000 - y * 3 / 8;    // half of the jacket's, narrowing downwards
         const int64_t knot = y < 6000 ? 3600 - y / 5 : 2300 + y / 14;
