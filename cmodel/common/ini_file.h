@@ -6,6 +6,6 @@ using IniHandler = int (*)(void *user, const char *section, const char *key, con
 
 /// Parses an INI file in constant memory, whatever the length of its lines. Returns 0, -1 when the file
 /// cannot be opened, else the number of the first bad line; parsing goes on after a bad line. A line longer
-/// than the parser's buffer reaches the handler with the same section, with a key of at least its first 49
-/// characters and a value that converts to the same integer.
+/// than the parser's buffer reaches the handler with the same section and a value that converts to the same
+/// integer. Its key is cut after 80 characters, and loses leading zeros if it starts with a number.
 int ini_load_file(const char *path, IniHandler handler, void *user);
