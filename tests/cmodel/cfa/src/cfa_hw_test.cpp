@@ -1,0 +1,54 @@
+#include "cmodel/cfa/src/cfa_hw.h"
+
+#include <string>
+#include <utility>
+
+#include <doctest/doctest.h>
+
+#include "tests/support/planes.h"
+#include "tests/support/registers.h"
+#include "tests/support/support.h"
+
+namespace {
+
+struct Outputs {
+    Plane rgb, dc, sg;
+
+    explicit Outputs(const Plane &raw) : rgb(raw, 3), dc(raw, 1), sg(raw, 1) { cfa_hw(raw, rgb, dc, sg); }
+};
+
+} // namespace
+
+TEST_CASE_FIXTURE(FreshRegisters, "cfa_hw: the disabled block repeats the mosaic, at any size") {
+    cfa_reg.hw.reg_cfa_enable = 0;
+    for (const auto &[width, height] : {std::pair{5, 4}, std::pair{1, 1}, std::pair{0, 0}}) {
+        const Plane raw = Noise(1).plane(width, height, 1, -257, 70000);
+        const Outputs out(raw);
+        expect_plane("rgb", out.rgb, [&](int y, int x, int) { return raw(y, x); });
+        expect_plane("dc", out.dc, [](int, int, int) { return 0; });
+        expect_plane("sg", out.sg, [](int, int, int) { return 1024; });
+    }
+}
+
+TEST_CASE_FIXTURE(FreshRegisters, "cfa_hw: a grey picture stays, and the smallest size is taken") {
+    const Outputs out(Plane(4, 3, 1, 1000));
+    // Red and blue of the averages are 996 at green sites, which no default stage brings into the picture.
+    expect_plane("rgb", out.rgb, [](int, int, int) { return 1000; });
+    expect_plane("dc", out.dc, [](int, int, int) { return 1000; });
+    expect_plane("sg", out.sg, [](int, int, int) { return 1024; });
+}
+
+TEST_CASE_FIXTURE(FreshRegisters,
+                  "cfa_hw: the enabled block refuses a smaller picture with one line and status 1") {
+    const auto run = [](int width, int height) {
+        return run_child([=] { const Outputs outputs(Plane(width, height, 1, 100)); });
+    };
+    CHECK(run(4, 3).status == 0);
+    for (const auto &[width, height] : {std::pair{3, 3}, std::pair{4, 2}, std::pair{0, 0}}) {
+        const Outcome refused = run(width, height);
+        CHECK(refused.status == 1);
+        CHECK(refused.out.empty());
+        CHECK(refused.err == "Picture of " + std::to_string(width) + " x " + std::to_string(height) +
+                                 " is too small: the enabled block takes 4 x 3 and larger\n");
+    }
+}

@@ -1,0 +1,53 @@
+#include <algorithm>
+
+#include <doctest/doctest.h>
+
+#include "cmodel/cfa/src/stages.h"
+#include "tests/support/planes.h"
+#include "tests/support/registers.h"
+
+TEST_CASE("lumas and differences") {
+    const Plane rgb(2, 1, 3, {1, 2, 2, 9000, 4000, 5000}), luma(2, 1);
+    sg_get_rgb_luma(rgb, luma);
+    CHECK(luma(0, 0) == 1); // 7 / 4
+    CHECK(luma(0, 1) == 4095);
+    const Plane a(2, 1, 1, {5, 4095}), b(2, 1, 1, {4095, 5}), out(2, 1);
+    sg_get_dalta_HF(a, b, out);
+    CHECK(out(0, 0) == -4090);
+    CHECK(out(0, 1) == 4090);
+    sg_get_delta_MF(b, a, out);
+    CHECK(out(0, 0) == 4090);
+    for_each_mosaic([](const Plane &raw, uint32_t) {
+        const Plane low(raw, 1), twice(raw, 1);
+        const auto binomial = [](const Plane &p, int y, int x) {
+            return std::min(4095, weighted(p, y, x, "121 242 121") >> 4);
+        };
+        sg_get_bayer_luma(raw, low);
+        expect_plane("bayer luma", low, [&](int y, int x, int) { return binomial(raw, y, x); });
+        sg_get_bayer_luma_lpf(low, twice);
+        expect_plane("lpf", twice, [&](int y, int x, int) { return binomial(low, y, x); });
+    });
+}
+
+TEST_CASE_FIXTURE(FreshRegisters, "spike removal: a sample is limited by the eight around it") {
+    const int32_t block[9] = {5, 6, 7, 8, 100, 9, 4, 12, 11}, pit[9] = {5, 6, 7, 8, -1, 9, 4, 12, 11};
+    CHECK(sg_SelMin(pit) == 4);
+    CHECK(sg_SelMax(block) == 12);
+    for (int i : {0, 1, 2, 3, 5, 6, 7, 8}) {
+        int32_t spike[9] = {};
+        spike[i] = 3;
+        CHECK(sg_SelMax(spike) == 3);
+        spike[i] = -3;
+        CHECK(sg_SelMin(spike) == -3);
+    }
+    const Plane in = Noise(52).plane(7, 6, 1, 0, 30), out(in, 1);
+    sg_preprocess(in, out);
+    expect_plane("limited", out, [&](int y, int x, int) {
+        const auto around = picked(in, y, x, "111 1.1 111");
+        const auto [low, high] = std::minmax_element(around.begin(), around.end());
+        return std::clamp(in(y, x), *low, *high);
+    });
+    cfa_reg.hw.reg_cfa_shpn_pre_proc_enable = 0;
+    sg_preprocess(in, out);
+    expect_plane("copied", out, [&](int y, int x, int) { return in(y, x); });
+}

@@ -1,0 +1,121 @@
+#include <algorithm>
+
+#include <doctest/doctest.h>
+
+#include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/stages.h"
+#include "tests/support/planes.h"
+#include "tests/support/registers.h"
+#include "tests/support/support.h"
+
+namespace {
+
+int32_t signed_as(int32_t sign, int32_t size) {
+    return sign < 0 ? -size : size;
+}
+
+// What is sharpened, pixel by pixel, from the mosaic and the picture as it was.
+struct Slow {
+    const Plane &raw, &rgb;
+
+    int32_t luma(int y, int x) const {
+        return std::min(4095, (rgb(y, x, 0) + 2 * rgb(y, x, 1) + rgb(y, x, 2)) >> 2);
+    }
+    int32_t detail(const Plane &bayer, const Plane &lpf, int y, int x) const {
+        const auto around = picked(bayer, y, x, "111 1.1 111");
+        const auto [low, high] = std::minmax_element(around.begin(), around.end());
+        const int32_t spike_removed =
+            reg("reg_cfa_shpn_pre_proc_enable") == 1 ? std::clamp(bayer(y, x), *low, *high) : bayer(y, x);
+        const int32_t hf = luma(y, x) - spike_removed, mf = spike_removed - lpf(y, x);
+        const int32_t core = reg("reg_cfa_shpn_core_value");
+        const auto cored = [](int32_t v, int32_t limit) {
+            return signed_as(v, std::max(absolute(v) - limit, 0));
+        };
+        const int32_t s =
+            cored(mf, core * reg("reg_cfa_shpn_mf_core_gain") / 256) * reg("reg_cfa_shpn_mf_blend_wgt") +
+            cored(hf, core) * reg("reg_cfa_shpn_hf_blend_wgt");
+        return signed_as(s, std::min(absolute(s) / 128, 4095));
+    }
+    int32_t gain(int32_t detail, int y, int x) const {
+        const int32_t reciprocal = get_inv(std::max(luma(y, x), reg("reg_cfa_shpn_min_y")));
+        const int32_t gain = limited(((detail * reciprocal) >> 5) + 1024, 4095);
+        return std::min(std::max(gain, reg("reg_cfa_shpn_min_gain")), reg("reg_cfa_shpn_max_gain"));
+    }
+};
+
+} // namespace
+
+TEST_CASE_FIXTURE(FreshRegisters, "coring: small details are noise") {
+    const Plane MF(7, 1, 1, {0, 8, 9, 11, -11, 4095, -4095}), HF(7, 1, 1, {16, -16, 20, 0, -19, 4095, -4095}),
+        out(7, 1);
+    sg_coring_proc(MF, HF, out);
+    // Thresholds 8 and 16, weights a half each: 0, 0, (1 + 4) / 2, 3 / 2, -(3 + 3) / 2, (4087 + 4079) / 2.
+    const int32_t want[] = {0, 0, 2, 1, -3, 4083, -4083};
+    expect_plane("cored", out, [&](int, int x, int) { return want[x]; });
+    cfa_reg.hw.reg_cfa_shpn_mf_blend_wgt = 255;
+    sg_coring_proc(MF, HF, out);
+    CHECK(out(0, 5) == 4095);
+    CHECK(out(0, 6) == -4095);
+}
+
+TEST_CASE_FIXTURE(FreshRegisters, "gain map") {
+    const Plane luma(6, 1, 1, {100, 100, 100, 0, 2, 4000}), cored(6, 1, 1, {0, 50, -50, 1, -1, 4095}),
+        sg(6, 1);
+    cfa_reg.hw.reg_cfa_shpn_max_gain = 3000;
+    get_sharpen_gain(luma, cored, sg);
+    // 50 * 327 >> 5 = 510, -511; luma raised to 3: 10922 >> 5 = 341, -342; 4095 * 9 >> 5 = 1151.
+    const int32_t want[] = {1024, 1534, 513, 1365, 682, 2175};
+    expect_plane("gain", sg, [&](int, int x, int) { return want[x]; });
+    cfa_reg.hw.reg_cfa_shpn_min_gain = 600;
+    cfa_reg.hw.reg_cfa_shpn_max_gain = 1400;
+    get_sharpen_gain(luma, cored, sg);
+    expect_plane("limited gain", sg, [&](int, int x, int) { return std::clamp(want[x], 600, 1400); });
+}
+
+TEST_CASE_FIXTURE(FreshRegisters, "detail added to the picture") {
+    const Plane cored(4, 1, 1, {0, 31, -31, -4000});
+    Plane rgb(4, 1, 3, {5, 6, 7, 4090, 100, 0, 4095, 20, 10, 4095, 1, 0});
+    cfa_reg.hw.reg_cfa_shpn_gain_value = 16; // a half: (31 * 16 + 16) / 32 = 16
+    take_log();
+    apply_sharpen_gain_rgb(rgb, cored);
+    const auto log = take_log();
+    REQUIRE(log.size() == 1);
+    CHECK(log[0].find("INFO cfa_hw:") == 0);
+    CHECK(log[0].find(": reg_cfa_shpn_gain_value = 16") != std::string::npos);
+    const int32_t want[] = {5, 6, 7, 4095, 116, 16, 4079, 4, 0, 2095, 0, 0};
+    expect_plane("rgb", rgb, [&](int, int x, int c) { return want[3 * x + c]; });
+}
+
+TEST_CASE_FIXTURE(FreshRegisters, "sharpen_gain_main_proc: disabled, flat, and every pixel") {
+    const Plane grey(5, 4, 1, 700), sg(5, 4, 1, 9);
+    Plane rgb(5, 4, 3, 700);
+    const auto is_unity = [](int, int, int) { return 1024; };
+    take_log();
+    sharpen_gain_main_proc(grey, rgb, sg);
+    expect_plane("disabled", sg, is_unity);
+    CHECK(take_log().empty());
+    cfa_reg.hw.reg_cfa_shpn_enable = 1;
+    cfa_reg.hw.reg_cfa_shpn_gain_value = 255;
+    sharpen_gain_main_proc(grey, rgb, Plane(5, 4));
+    expect_plane("flat", rgb, [](int, int, int) { return 700; });
+
+    uint32_t run = 0;
+    for_each_mosaic([&](const Plane &raw, uint32_t) {
+        if (run++ >= 7)
+            randomize_registers(run, "shpn");
+        cfa_reg.hw.reg_cfa_shpn_enable = 1;
+        const Plane before = Noise(run).plane(raw.width(), raw.height(), 3, 0, run % 5 == 0 ? 70000 : 4095);
+        const Plane after = before, gain(raw, 1), bayer(raw, 1), lpf(raw, 1);
+        gen_dst_dc(raw, bayer);
+        gen_dst_dc(bayer, lpf);
+        sharpen_gain_main_proc(raw, after, gain);
+        const Slow slow{raw, before};
+        expect_plane("gain", gain,
+                     [&](int y, int x, int) { return slow.gain(slow.detail(bayer, lpf, y, x), y, x); });
+        expect_plane("rgb", after, [&](int y, int x, int c) {
+            const int32_t detail = slow.detail(bayer, lpf, y, x);
+            const int32_t change = (absolute(detail) * reg("reg_cfa_shpn_gain_value") + 16) / 32;
+            return limited(before(y, x, c) + signed_as(detail, change), 4095);
+        });
+    });
+}
