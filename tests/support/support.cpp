@@ -10,6 +10,7 @@
 
 #include <csignal>
 #include <fcntl.h>
+#include <regex.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -77,6 +78,16 @@ void write_file(const std::string &path, const std::string &bytes) {
     out << bytes;
     if (!out.flush())
         throw std::runtime_error("cannot write " + path);
+}
+
+// The expressions of the platform: those of the C++ library raise false warnings under the sanitizers.
+bool matches(const std::string &text, const std::string &pattern) {
+    regex_t regex;
+    if (regcomp(&regex, ("^(" + pattern + ")$").c_str(), REG_EXTENDED | REG_NOSUB) != 0)
+        throw std::runtime_error("bad expression " + pattern);
+    const bool matching = regexec(&regex, text.c_str(), 0, nullptr, 0) == 0;
+    regfree(&regex);
+    return matching;
 }
 
 std::vector<std::string> take_log() {

@@ -23,6 +23,9 @@ class TempFolder {
 std::string read_file(const std::string &path);
 void write_file(const std::string &path, const std::string &bytes);
 
+/// Whether the whole text matches an extended regular expression.
+bool matches(const std::string &text, const std::string &pattern);
+
 /// Records logged since the last call, as "LEVEL label:line: message".
 std::vector<std::string> take_log();
 

@@ -1,6 +1,6 @@
 #include <doctest/doctest.h>
 
-#include <regex>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -99,7 +99,7 @@ TEST_CASE("the log of a run: every record in its order, appended to what was the
     write_file(setup.folder / "log", "2000-01-01 00:00:00 earlier\n");
     setup.run();
     const std::vector<std::string> log = log_lines(setup.folder / "log");
-    const std::string number = ":\\d{3}: ";
+    const std::string number = ":[0-9]{3}: ";
     const std::string cfa = "DEBUG cfa_reg             " + number;
     const std::string top = "DEBUG cmodel_top_reg      " + number;
     const std::string info = "INFO  cfa_main            " + number;
@@ -140,7 +140,7 @@ TEST_CASE("the log of a run: every record in its order, appended to what was the
     REQUIRE(log.size() == 272);
     for (const auto &[at, pattern] : want) {
         INFO(at, ": ", log[at]);
-        CHECK(std::regex_match(log[at], std::regex(pattern)));
+        CHECK(matches(log[at], pattern));
     }
 }
 
@@ -231,7 +231,7 @@ TEST_CASE("closed descriptors: the log does not take their place and receive our
     const std::vector<std::string> log = log_lines(setup.folder / "log");
     CHECK(log.size() == 3 * 269);
     for (const std::string &line : log)
-        CHECK(std::regex_match(line.substr(0, 6), std::regex("(DEBUG|INFO |ERROR) ")));
+        CHECK(matches(line.substr(0, 6), "(DEBUG|INFO |ERROR) "));
 }
 
 TEST_CASE("parallel runs into /dev/null, named three times") {
