@@ -1,26 +1,27 @@
+// clang-format off
 // The stages of the block in pipeline order. Radius: how far a stage reads from the pixel it writes.
 //
-// | stage                       | reads (radius)                    | writes                    | registers |
-// |-----------------------------|-----------------------------------|---------------------------|------------------------|
-// | cfa_CalAvg                  | raw (2)                           | AvgRGB                    | - | |
-// cfa_CalPredictPixel         | raw (2), its own green (1)        | GH GV, their lp hp, Max Min | - | |
-// cfa_CalClassifier           | raw (2)                           | LH LV LMax RatioH RatioV  | - | |
-// cfa_CalVarOfColorDiffAtG    | GH GV (2)                         | SigH SigV at green        | - | |
-// cfa_CalVarOfColorDiffAtRB   | raw (3), GH GV (2)                | SigH SigV at red, blue    | - | |
-// cfa_CalDirectionInfo        | AvgRGB (0), L Sig (1), itself (1) | DirInfo                   | edge, sig,
-// vote limits | | cfa_CalRGB                  | raw (1), the planes above (0)     | cfa_RGB | force_dir, ghp
-// | | cfa_DeYMoire                | cfa_RGB Max Min (1), GH GV (2)    | YMoire                    | ymoire |
-// | cfa_CalColorMoireSts        | AvgRGB (0), GH GV (2)             | cdist_wt edge_wt          | cmoire sat
-// ptclr edge  | | cfa_CalPhaseDifference      | GH GV (4)                         | pd_wt | cmoire_pd | |
-// cfa_DeColorMoire            | YMoire (0), weights (1, edge 4)   | CMOut                     |
-// cmoire_enable, strth   | | copy_to_dst                 | CMOut (0)                         | RGB output | -
-// | | gen_MaxRGB_1ch, gen_dst_dc  | Max (1)                           | DC output                 | - | |
-// sharpen_gain_main_proc      | raw (2), RGB output (0)           | sharpen gain, RGB output  | shpn |
+// | stage                      | reads (radius)                    | writes                          | registers              |
+// |----------------------------|-----------------------------------|---------------------------------|------------------------|
+// | cfa_CalAvg                 | raw (2)                           | AvgRGB                          | -                      |
+// | cfa_CalPredictPixel        | raw (2), its own green (1)        | GH GV, their lp hp, Max, Min    | -                      |
+// | cfa_CalClassifier          | raw (2)                           | LH LV LMax RatioH RatioV        | -                      |
+// | cfa_CalVarOfColorDiffAtG   | GH GV (2)                         | SigH SigV at green sites        | -                      |
+// | cfa_CalVarOfColorDiffAtRB  | raw (3), GH GV (2)                | SigH SigV at red and blue sites | -                      |
+// | cfa_CalDirectionInfo       | AvgRGB (0), L Sig (1), itself (1) | DirInfo                         | edge, sig, vote limits |
+// | cfa_CalRGB                 | raw (1), the planes above (0)     | cfa_RGB                         | force_dir, ghp         |
+// | cfa_DeYMoire               | cfa_RGB Max Min (1), GH GV (2)    | YMoire                          | ymoire                 |
+// | cfa_CalColorMoireSts       | AvgRGB (0), GH GV (2)             | cdist_wt edge_wt                | cmoire sat ptclr edge  |
+// | cfa_CalPhaseDifference     | GH GV (2)                         | pd_wt                           | cmoire_pd              |
+// | cfa_DeColorMoire           | YMoire (0), weights (1, edge 4)   | CMOut                           | cmoire enable, strth   |
+// | copy_to_dst                | CMOut (0)                         | RGB output                      | -                      |
+// | gen_MaxRGB_1ch, gen_dst_dc | Max (1)                           | DC output                       | -                      |
+// | sharpen_gain_main_proc     | raw (2), RGB output (0)           | sharpen gain, RGB output        | shpn                   |
 //
-// raw, AvgRGB and every other plane have the same width and height; a plane has one channel unless its
-// comment says three. Channel 0 holds the colour of code-3 sites, 1 green, 2 the colour of code-0 sites. All
-// arithmetic is signed, 32 bits wide and wraps; right shifts are arithmetic. bayer_id is the pattern id, 0
-// to 15.
+// raw, AvgRGB and every other plane have the same width and height; a plane has one channel unless its comment
+// says three. Channel 0 holds the colour of code-3 sites, 1 green, 2 the colour of code-0 sites. All arithmetic is
+// signed, 32 bits wide and wraps; right shifts are arithmetic. bayer_id is the pattern id, 0 to 15.
+// clang-format on
 #pragma once
 
 #include <cstdint>
@@ -53,9 +54,8 @@ void cfa_CalVarOfColorDiffAtG(const FRAME *raw, const FRAME *GH, const FRAME *GV
                               uint32_t bayer_id);
 
 /// The same at red and blue sites.
-///   Diff0H .. Diff3V  scratch planes of the caller, filled everywhere: distance of the green prediction from
-///   a
-///                     bilinear estimate of the code-0 or the code-3 colour
+///   Diff0H .. Diff3V  scratch planes of the caller, filled everywhere: distance of the green prediction
+///                     from a bilinear estimate of the code-0 or the code-3 colour
 void cfa_CalVarOfColorDiffAtRB(const FRAME *raw, const FRAME *GH, const FRAME *GV, FRAME *Diff0H,
                                FRAME *Diff0V, FRAME *Diff3H, FRAME *Diff3V, FRAME *SigH, FRAME *SigV,
                                uint32_t bayer_id);
@@ -65,8 +65,8 @@ void cfa_CalVarOfColorDiffAtRB(const FRAME *raw, const FRAME *GH, const FRAME *G
 void cfa_CalDirectionInfo(const FRAME *raw, const FRAME *AvgRGB, const FRAME *LH, const FRAME *LV,
                           const FRAME *SigH, const FRAME *SigV, FRAME *DirInfo, uint32_t bayer_id);
 
-/// Nine neighbours vote on the direction of pixel (x, y); adds to *votes_h and *votes_v. REQUIRES 0 < x, 0 <
-/// y.
+/// Nine neighbours vote on the direction of pixel (x, y); adds to *votes_h and *votes_v.
+/// REQUIRES 0 < x, 0 < y.
 void cfa_Vote(int x, int y, int32_t centre_dir, int32_t *votes_h, int32_t *votes_v, const FRAME *SigH,
               const FRAME *SigV, const FRAME *LH, const FRAME *LV, const FRAME *DirInfo);
 
@@ -113,8 +113,7 @@ int32_t cfa_CalYMoireWgt(const FRAME *gh, const FRAME *gv, const FRAME *max_lpf,
 /// 3 x 3 binomial low-pass of each of three channels, truncated.
 void cfa_LpfFrame(const FRAME *src, FRAME *dst);
 
-/// Colour-moire statistics: how far a pixel may lose its colour, and how unequal its directional responses
-/// are.
+/// Colour-moire statistics: how far a pixel may lose its colour, how unequal its directional responses are.
 ///   cdist_wt, edge_wt  as their curves give, 0..4095 for curves whose slopes agree with their levels
 void cfa_CalColorMoireSts(const FRAME *avg, const FRAME *gh, const FRAME *gv, FRAME *cdist_wt,
                           FRAME *edge_wt);
@@ -136,8 +135,8 @@ void gen_MaxRGB_1ch(const FRAME *src, FRAME *dst);
 /// 3 x 3 binomial low-pass, truncated, at most 4095.
 void gen_dst_dc(const FRAME *src, FRAME *dst);
 
-/// Sharpen-gain map, 1024 is 1.0, and the sharpening detail added into rgb_out; 1024 everywhere when
-/// disabled.
+/// Sharpen-gain map, 1024 is 1.0, and the sharpening detail added into rgb_out.
+/// Disabled: 1024 everywhere, rgb_out as it is.
 void sharpen_gain_main_proc(const FRAME *raw, FRAME *rgb_out, FRAME *sg_out);
 
 // Sub-steps of the sharpen gain. Lumas and gains are u12, details signed.

@@ -37,8 +37,7 @@ int32_t dump_dbg_frame(const FRAME *frame, int32_t channel, uint32_t gain, uint3
             image->data[i] = shown(static_cast<int32_t>(frame->data[i]), gain, limit);
         CM_WritePPM(path.c_str(), image.get());
     } else {
-        // A selector beyond the last channel reads on into the next pixel; the spare samples behind a plane
-        // are 0.
+        // A selector beyond the last channel reads on into the next pixel, behind the plane zeros.
         for (size_t i = 0; i < pixels; i++)
             image->data[i] = shown(static_cast<int32_t>(frame->data[channels * i + channel]), gain, limit);
         CM_WritePPM5(path.c_str(), image.get());

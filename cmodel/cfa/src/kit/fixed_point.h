@@ -35,8 +35,9 @@ template <class Neighbourhood> int32_t binomial3x3(const Neighbourhood &P) {
 /// Reciprocal 32768 / x in Q15 as the hardware's tables give it: 32768 for x <= 1, falling to 9 for x > 3640.
 int32_t get_inv(int32_t x);
 
-/// Hue, saturation and value of channels 0, 1, 2. Hue has hue_bits fractional bits of a degree (0 is channel
-/// 0, 120 channel 1, 240 channel 2), saturation sat_bits fractional bits, value is the maximum << val_shift.
+/// Hue, saturation and value of channels 0, 1, 2. Hue has hue_bits fractional bits of a degree: 0 is the
+/// direction of channel 0, 120 of channel 1, 240 of channel 2. Saturation has sat_bits fractional bits, value
+/// is the maximum << val_shift.
 /// Returns 0. The one caller passes hue_bits 3: 0..2880, in eighths of a degree, for samples of 12 bits.
 int32_t rgb2hsv(int32_t c0, int32_t c1, int32_t c2, uint32_t &hue, uint32_t &sat, uint32_t &val,
                 int32_t hue_bits, int32_t sat_bits, int32_t val_shift);

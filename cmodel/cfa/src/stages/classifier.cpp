@@ -30,7 +30,7 @@ Terms along_column(const Raw &P) {
                 magnitude(P(0, 1) - P(2, 1))};
 }
 
-// The two kinds of site weigh the terms differently on purpose.
+// Kept: the two kinds of site weigh the own-colour and the outer term differently.
 int32_t activity_at_red_blue(const Terms &t) {
     return (t.own >> 1) + (t.diagonal >> 1) + t.near + (t.outer >> 1);
 }

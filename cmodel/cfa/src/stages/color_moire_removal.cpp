@@ -61,7 +61,7 @@ FramePtr smoothed_mix(const FRAME *pd_wt, const FRAME *edge_wt, const FRAME *edg
     return out;
 }
 
-// Colour c pulled toward green by weight w (Q12) at a strength of 256ths; 256 is not reachable.
+// Colour c pulled toward green by weight w (Q12) at a strength of 256ths. Kept: 256 is not reachable.
 int32_t pulled(int32_t c, int32_t green, int32_t w, int32_t strength) {
     const int32_t full = c + (((green - c) * w) >> 12);
     return clip12(c + (((full - c) * strength + 128) >> 8));
@@ -89,7 +89,7 @@ void cfa_DeColorMoire(const FRAME *in_rgb, FRAME *out_rgb, const FRAME *pd_wt, c
             sample(out_rgb, y, x, 2) = pulled(value(in_rgb, y, x, 2), green, w, strength);
         }
     }
-    if (dump_dbg_img) { // weights at depth 8: limited to 255 on purpose
+    if (dump_dbg_img) { // Kept: 12-bit weights at depth 8, limited to 255
         dump_dbg_frame(pd_wt, 0, 1, 8, debug_path_of("dbg_img_afc_PD_WT.ppm"));
         dump_dbg_frame(cdist_wt, 0, 1, 8, debug_path_of("dbg_img_afc_CDIST_WT.ppm"));
         dump_dbg_frame(edge_wt, 0, 1, 8, debug_path_of("dbg_img_afc_edge_STD_WT.ppm"));

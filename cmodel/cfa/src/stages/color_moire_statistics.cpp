@@ -70,8 +70,7 @@ struct Kernels {
 struct Responses {
     int32_t e0, e90, e45, e135;
 
-    // 0 degrees varies along the row and looks at GV, 90 degrees down the column at GH; the diagonals at
-    // both.
+    // Kept: the kernel that varies along the row looks at GV, the one down the column at GH.
     Responses(const Kernels &k, const Window<2> &GH, const Window<2> &GV) {
         int32_t s0 = 0, s90 = 0, sa = 0, sb = 0, sc = 0, sd = 0;
         for (int r = 0; r < 5; r++) {

@@ -111,7 +111,7 @@ void cfa_Vote(int x, int y, int32_t centre_dir, int32_t *votes_h, int32_t *votes
     cast(centre_dir, 4);
 
     // Not decided yet: estimated; ties are vertical. Kept: the right neighbour weighs 1 where the left one
-    // weighs 2, and it votes a second time when its activity is strong.
+    // weighs 2, and votes once more when its activity is strong.
     const int32_t right_dir = value(SigH, y, right) < value(SigV, y, right) ? 1 : 2;
     cast(right_dir, 1);
     if (strong(y, right))
@@ -134,6 +134,6 @@ void cfa_CalDirectionInfo(const FRAME *raw, const FRAME *AvgRGB, const FRAME *LH
                 cal_dir_at_rb(x, y, LH, LV, SigH, SigV, DirInfo);
         }
     }
-    if (dump_dbg_img)
+    if (dump_dbg_img) // Kept: depth 12 for a plane of 8 bits
         dump_dbg_frame(DirInfo, 0, 1, 12, debug_path_of("dbg_img_DirInfo.ppm"));
 }

@@ -7,8 +7,8 @@
 
 namespace {
 
-// The sharpening weight, units of 1/32, for a ratio in Q12. The index is limited so that a wrapped ratio of a
-// deep picture stays inside the table.
+// The sharpening weight, units of 1/32, for a ratio in Q12.
+// The index is masked: the ratio of a deep picture may wrap and leave the table.
 int32_t sharpening_weight(int32_t ratio) {
     const auto &r = cfa_reg.hw;
     const int32_t lut[32] = {
@@ -40,7 +40,7 @@ int32_t cfa_CalGHPWeight(const FRAME * /*raw*/, int x, int y, const FRAME *GH, c
         gh = clip12(value(GH_lp, y, x) + ((weight_h * value(GH_hp, y, x)) >> 5));
         gv = clip12(value(GV_lp, y, x) + ((weight_v * value(GV_hp, y, x)) >> 5));
     }
-    *gh_out = std::min(gmax, std::max(gmin, gh)); // the lower bound first
+    *gh_out = std::min(gmax, std::max(gmin, gh)); // Kept: the lower bound first
     *gv_out = std::min(gmax, std::max(gmin, gv));
     return 0;
 }

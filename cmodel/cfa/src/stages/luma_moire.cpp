@@ -35,8 +35,7 @@ int32_t output_weight(int32_t x) {
 }
 
 // The larger of two sums of 20 absolute green differences over the 5 x 5 neighbourhood.
-// Kept: vertical differences are taken on the horizontal prediction, horizontal ones on the vertical
-// prediction.
+// Kept: vertical differences of the horizontal prediction, horizontal differences of the vertical one.
 int32_t gradient_sum(const Window<2> &gh, const Window<2> &gv) {
     int32_t sum_v = 0;
     int32_t sum_h = 0;
@@ -49,8 +48,7 @@ int32_t gradient_sum(const Window<2> &gh, const Window<2> &gv) {
     return std::max(sum_v, sum_h);
 }
 
-// One channel of a removed pixel: c the pixel, l and r its neighbours, a the average colour, luma of the
-// average.
+// One channel of a removed pixel: c the pixel, l and r its neighbours, a the average colour, luma its luma.
 struct Removal {
     int32_t lpf_w = cfa_reg.hw.reg_cfa_ymoire_lpf_w; // of 256: low-pass against the average luma
     int32_t dc_w = cfa_reg.hw.reg_cfa_ymoire_dc_w;   // of 256: average colour against the low-passed value
@@ -125,7 +123,7 @@ int32_t cfa_CalYMoireWgt(const FRAME *gh, const FRAME *gv, const FRAME *max_lpf,
             const int32_t w2 = edge_weight(std::min(num / den, 255));
 
             const int32_t w = output_weight((w1 * w2) >> 8);
-            sample(wgt, y, x) = std::min(w, 255); // never 256; a negative weight is stored as it is
+            sample(wgt, y, x) = std::min(w, 255); // Kept: never 256; a negative weight stays negative
             sample(W1.get(), y, x) = std::min(w1, 255);
             sample(W2.get(), y, x) = std::min(w2, 255);
         }
@@ -155,6 +153,6 @@ void cfa_DeYMoire(const FRAME *rgb, const FRAME *avg, const FRAME *max_rgb, cons
         dump_dbg_frame(MoireWgt.get(), 0, 1, 8, debug_path_of("dbg_img_MoireWgt.ppm"));
 
     remove(rgb, avg, MoireWgt.get(), out);
-    if (dump_dbg_img) // 12-bit values at depth 8: limited to 255 on purpose
+    if (dump_dbg_img) // Kept: 12-bit values at depth 8, limited to 255
         dump_dbg_frame(out, 3, 1, 8, debug_path_of("dbg_img_YMoire.ppm"));
 }

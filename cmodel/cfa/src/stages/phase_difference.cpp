@@ -1,6 +1,5 @@
 // Colour moire shows as a residue at the Nyquist frequency on which the two green predictions disagree.
-// Three sweeps: first difference of each, fourth difference ACROSS it (note the crossing), magnitude through
-// a curve.
+// First difference of each along its direction, fourth difference ACROSS it, magnitude through a curve.
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/cfa/src/kit/window.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"

@@ -1,5 +1,4 @@
-// Directional prediction: two candidate pictures, green interpolated along the row (GH) and along the column
-// (GV).
+// Directional prediction: two candidate pictures, green interpolated along the row (GH) or the column (GV).
 #include <algorithm>
 #include <initializer_list>
 
@@ -103,8 +102,8 @@ void predict_green(const FRAME *raw, FRAME *GH, FRAME *GV, FRAME *GH_lp, FRAME *
     }
 }
 
-// Pass 2 on one candidate picture: red and blue from their difference to its green. G reads the candidate's
-// green.
+// Pass 2 on one candidate picture: red and blue from their difference to its green, which G reads.
+// Any code other than 0, 1, 3 takes the formulas of code 2.
 void predict_red_blue(const FRAME *raw, FRAME *candidate, uint32_t bayer_id) {
     const int width = static_cast<int>(raw->width);
     const int height = static_cast<int>(raw->height);

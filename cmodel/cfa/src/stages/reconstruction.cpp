@@ -14,7 +14,7 @@ void cfa_CalRGB(const FRAME *raw, FRAME *rgb_out, const FRAME *GH, const FRAME *
     const auto red = [=](int x, int y) { return cfa_CalRBPixel(raw, x, y, GH, GV, SigH, SigV, DirInfo, 3); };
     const auto blue = [=](int x, int y) { return cfa_CalRBPixel(raw, x, y, GH, GV, SigH, SigV, DirInfo, 0); };
 
-    int32_t r = 0, g = 0, b = 0; // any other code keeps the values of the pixel before
+    int32_t r = 0, g = 0, b = 0; // Kept: any other code repeats the values of the pixel before
     for (int y = 0; y < static_cast<int>(raw->height); y++) {
         for (int x = 0; x < static_cast<int>(raw->width); x++) {
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);

@@ -71,7 +71,7 @@ void cfa_CalVarOfColorDiffAtG(const FRAME *raw, const FRAME *GH, const FRAME *GV
                 variation(column_of(cv), column_of(av), column_of(gv_blue), column_of(gv_red));
         }
     }
-    if (dump_dbg_img) {
+    if (dump_dbg_img) { // Kept: red and blue sites are not filled yet and show as 0
         dump_dbg_frame(SigH, 0, 1, 24, debug_path_of("dbg_img_SigH.ppm"));
         dump_dbg_frame(SigV, 0, 1, 24, debug_path_of("dbg_img_SigV.ppm"));
         dump_dbg_frame(AHDiff.get(), 0, 1, 12, debug_path_of("dbg_img_AHDiff.ppm"));

@@ -6,8 +6,8 @@
 
 namespace {
 
-// Bilinear estimate of the colour `own` (code 0 or 3) at every pixel; sites of other codes than 0 to 3 stay
-// 0. Sums are divided, not shifted: truncation toward zero.
+// Bilinear estimate of the colour `own` (code 0 or 3) at every pixel; sites of codes beyond 3 stay 0.
+// Kept: sums are divided, not shifted, so that negative ones are truncated toward zero.
 FramePtr bilinear(const FRAME *raw, uint32_t own, uint32_t bayer_id) {
     FramePtr estimate = plane_like(raw, raw->type, 1, 12);
     const uint32_t beside_own = own == CODE_B ? CODE_GB : CODE_GR; // the green of the rows of that colour
@@ -32,8 +32,7 @@ FramePtr bilinear(const FRAME *raw, uint32_t own, uint32_t bayer_id) {
     return estimate;
 }
 
-// |green of a candidate picture - estimate|. It depends on the position alone, so it is filled once for all
-// windows.
+// |green of a candidate picture - estimate|: depends on the position alone, filled once for all windows.
 void fill_difference(const FRAME *candidate, const FRAME *estimate, FRAME *diff) {
     for (int y = 0; y < static_cast<int>(estimate->height); y++)
         for (int x = 0; x < static_cast<int>(estimate->width); x++)
@@ -89,7 +88,7 @@ void cfa_CalVarOfColorDiffAtRB(const FRAME *raw, const FRAME *GH, const FRAME *G
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             if (code != CODE_B && code != CODE_R)
                 continue;
-            // The code of the centre chooses the difference for every position of the window.
+            // Kept: the code of the centre chooses the difference for every position of the window.
             Window<2> &dh = code == CODE_B ? d0h : d3h;
             Window<2> &dv = code == CODE_B ? d0v : d3v;
             dh.at(x);

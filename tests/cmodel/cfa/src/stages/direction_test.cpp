@@ -126,6 +126,10 @@ TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalDirectionInfo: where one rule ends and
     cfa_reg.hw.reg_cfa_gsig_tol = 4000;
     CHECK(at_blue(1, 1, 1, 8) == 1);
     CHECK(at_blue(1, 1, 1, 7) == 0); // the vote does not count: 7 < 4000 >> 5
+    // The threshold's product has 64 bits: a vote, vertical by its neighbours.
+    cfa_reg.hw.reg_cfa_sige_thd = 4095;
+    cfa_reg.hw.reg_cfa_gsig_tol = 0;
+    CHECK(at_blue(1, 1, 1 << 30, 1 << 30) == 2);
 }
 
 TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalDirectionInfo: every rule") {
