@@ -15,11 +15,12 @@ namespace cfatool {
 namespace {
 
 /// The line of one channel, or of all together. REQUIRES samples > 0.
-std::string channel_line(const char *name, const Comparison &found, const ChannelDifferences &of, uint64_t samples) {
+std::string channel_line(const char *name, const Comparison &found, const ChannelDifferences &of,
+                         uint64_t samples) {
     char line[120];
     const double share = 100.0 * static_cast<double>(of.differing) / static_cast<double>(samples);
-    std::snprintf(line, sizeof line, "  %-5s %12" PRIu64 " %10.5f%% %12" PRIu32 " %14.6f\n", name, of.differing, share,
-                  of.largest, found.mean(of, samples));
+    std::snprintf(line, sizeof line, "  %-5s %12" PRIu64 " %10.5f%% %12" PRIu32 " %14.6f\n", name,
+                  of.differing, share, of.largest, found.mean(of, samples));
     return line;
 }
 
@@ -32,13 +33,13 @@ std::string fixed(double number, int decimals) {
 void print_differences(const Comparison &found, const CompareCommand &command) {
     std::cout << "        differing      share      largest           mean\n";
     for (int c = 0; c < found.channels; ++c)
-        std::cout << channel_line(channel_name(found.channels, c), found, found.channel[static_cast<size_t>(c)],
-                                  found.pixels());
+        std::cout << channel_line(channel_name(found.channels, c), found,
+                                  found.channel[static_cast<size_t>(c)], found.pixels());
     if (found.channels > 1)
         std::cout << channel_line("all", found, found.all(), found.pixels() * 3);
     std::cout << "PSNR " << fixed(found.psnr(), 2) << " dB\n"
-              << "bounding box " << found.left << "," << found.top << "," << found.right - found.left + 1 << ","
-              << found.bottom - found.top + 1 << " (X,Y,W,H)\n"
+              << "bounding box " << found.left << "," << found.top << "," << found.right - found.left + 1
+              << "," << found.bottom - found.top + 1 << " (X,Y,W,H)\n"
               << "first difference: " << difference_text(found, found.list.front(), command.bayer) << "\n";
     for (size_t i = 0; i < found.list.size() && i < command.options.max_list; ++i)
         std::cout << "  " << difference_text(found, found.list[i], command.bayer) << "\n";
@@ -52,8 +53,8 @@ void print_text(const Comparison &found, const CompareCommand &command) {
     const uint64_t tolerance = command.options.tolerance;
     const std::string within = " within the tolerance of " + std::to_string(tolerance);
     std::cout << command.a << " and " << command.b << (found.equal() ? " are equal" : " differ")
-              << (found.equal() && tolerance > 0 ? within : "") << ": " << found.width << "x" << found.height << ", "
-              << (found.channels == 1 ? "1 channel" : "3 channels") << ", maximum value " << found.max
+              << (found.equal() && tolerance > 0 ? within : "") << ": " << found.width << "x" << found.height
+              << ", " << (found.channels == 1 ? "1 channel" : "3 channels") << ", maximum value " << found.max
               << (!found.equal() && tolerance > 0 ? ", tolerance " + std::to_string(tolerance) : "") << "\n";
     if (!found.equal())
         print_differences(found, command);
@@ -74,7 +75,8 @@ std::string difference_json(const Comparison &found, const Difference &d, int ba
 } // namespace
 
 std::string comparison_json(const Comparison &found, const CompareCommand &command) {
-    std::vector<std::string> members = {json_member("a", json_text(command.a)), json_member("b", json_text(command.b)),
+    std::vector<std::string> members = {json_member("a", json_text(command.a)),
+                                        json_member("b", json_text(command.b)),
                                         json_member("equal", found.equal() ? "true" : "false")};
     if (!found.mismatch.empty()) {
         members.push_back(json_member("mismatch", json_text(found.mismatch)));
@@ -93,10 +95,10 @@ std::string comparison_json(const Comparison &found, const CompareCommand &comma
     const double psnr = found.psnr();
     members.push_back(json_member("psnr", std::isfinite(psnr) ? fixed(psnr, 4) : "null"));
     if (!found.list.empty()) {
-        members.push_back(json_member(
-            "box", json_list("[]", {std::to_string(found.left), std::to_string(found.top),
-                                    std::to_string(found.right - found.left + 1),
-                                    std::to_string(found.bottom - found.top + 1)})));
+        members.push_back(
+            json_member("box", json_list("[]", {std::to_string(found.left), std::to_string(found.top),
+                                                std::to_string(found.right - found.left + 1),
+                                                std::to_string(found.bottom - found.top + 1)})));
         members.push_back(json_member("first", difference_json(found, found.list.front(), command.bayer)));
     }
     std::vector<std::string> list;

@@ -16,9 +16,9 @@ struct CompareCommand {
     bool json = false;
 };
 
-/// Compares every image that two folders have in common, in pipeline order, and says which stage differs first.
-/// Returns the exit status: 1 if anything differs or, unless `common`, is on one side only; 2 if an image could not
-/// be read, or if there is none in common.
+/// Compares every image that two folders have in common, in pipeline order, and says which stage differs
+/// first. Returns the exit status: 1 if anything differs or, unless `common`, is on one side only; 2 if an
+/// image could not be read, or if there is none in common.
 int compare_folders(const CompareCommand &command);
 
 /// The result of one comparison as a JSON object.

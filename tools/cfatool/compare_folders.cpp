@@ -1,4 +1,5 @@
-// Two run folders: image by image in pipeline order, so that the first line that differs names the guilty stage.
+// Two run folders: image by image in pipeline order, so that the first line that differs names the guilty
+// stage.
 #include <algorithm>
 #include <iostream>
 #include <optional>
@@ -23,7 +24,8 @@ std::vector<Pair> pairs_of(const std::string &folder_a, const std::string &folde
     std::vector<Pair> pairs;
     const std::vector<FoundImage> in_a = find_images(folder_a), in_b = find_images(folder_b);
     const auto path_in = [](const std::vector<FoundImage> &images, const std::string &name) {
-        const auto at = std::find_if(images.begin(), images.end(), [&](const auto &i) { return i.name == name; });
+        const auto at =
+            std::find_if(images.begin(), images.end(), [&](const auto &i) { return i.name == name; });
         return at == images.end() ? "" : at->path;
     };
     const auto add = [&](const FoundImage &image) {
@@ -53,7 +55,8 @@ std::string result_text(const Comparison &found, int bayer) {
 }
 
 std::string stage_of(const Pair &pair) {
-    return pair.known != nullptr ? std::string(pair.known->stage) : "an image that is no part of the pipeline";
+    return pair.known != nullptr ? std::string(pair.known->stage)
+                                 : "an image that is no part of the pipeline";
 }
 
 /// What has been found so far.
@@ -85,8 +88,9 @@ void compare_pair(const Pair &pair, const CompareCommand &command, Progress &pro
     }
     progress.json.push_back(comparison_json(*found, single));
     if (!command.json)
-        std::cout << pair.name << std::string(std::max<size_t>(30, pair.name.size() + 1) - pair.name.size(), ' ')
-                  << text << "\n";
+        std::cout << pair.name
+                  << std::string(std::max<size_t>(30, pair.name.size() + 1) - pair.name.size(), ' ') << text
+                  << "\n";
 }
 
 void print_json(const CompareCommand &command, const Progress &progress, const std::vector<Pair> &pairs) {
@@ -94,13 +98,14 @@ void print_json(const CompareCommand &command, const Progress &progress, const s
     for (const Pair &pair : pairs)
         if (pair.a.empty() != pair.b.empty())
             (pair.b.empty() ? only_a : only_b).push_back(json_text(pair.name));
-    std::cout << json_list("{}", {json_member("a", json_text(command.a)), json_member("b", json_text(command.b)),
-                                  json_member("images", json_list("[]", progress.json)),
-                                  json_member("only_a", json_list("[]", only_a)),
-                                  json_member("only_b", json_list("[]", only_b)),
-                                  json_member("first_stage", progress.first_stage == nullptr
-                                                                 ? "null"
-                                                                 : json_text(progress.first_stage))})
+    std::cout << json_list("{}",
+                           {json_member("a", json_text(command.a)), json_member("b", json_text(command.b)),
+                            json_member("images", json_list("[]", progress.json)),
+                            json_member("only_a", json_list("[]", only_a)),
+                            json_member("only_b", json_list("[]", only_b)),
+                            json_member("first_stage", progress.first_stage == nullptr
+                                                           ? "null"
+                                                           : json_text(progress.first_stage))})
               << "\n";
 }
 
@@ -116,7 +121,8 @@ int compare_folders(const CompareCommand &command) {
         }
         ++progress.one_sided;
         if (!command.json)
-            std::cout << pair.name << std::string(std::max<size_t>(30, pair.name.size() + 1) - pair.name.size(), ' ')
+            std::cout << pair.name
+                      << std::string(std::max<size_t>(30, pair.name.size() + 1) - pair.name.size(), ' ')
                       << "only in " << (pair.b.empty() ? command.a : command.b) << "\n";
     }
     if (progress.compared + progress.unreadable == 0)
@@ -127,7 +133,8 @@ int compare_folders(const CompareCommand &command) {
         std::cout << "first stage that differs: " << progress.first << "\n";
     else
         std::cout << "no difference in " << progress.compared << " images"
-                  << (progress.one_sided > 0 ? ", " + std::to_string(progress.one_sided) + " on one side only" : "")
+                  << (progress.one_sided > 0 ? ", " + std::to_string(progress.one_sided) + " on one side only"
+                                             : "")
                   << "\n";
     if (progress.unreadable > 0)
         return STATUS_TROUBLE;

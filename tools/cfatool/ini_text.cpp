@@ -10,14 +10,15 @@
 namespace cfatool {
 namespace {
 
-constexpr size_t NAME_SIZE = 49;        // characters kept of a section name and of the key that a line continues
+constexpr size_t NAME_SIZE = 49; // characters kept of a section name and of the key that a line continues
 constexpr size_t FILE_SIZE = 64u << 20; // larger files are no register files
 
 bool is_blank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// Place of the first of `stops`, of an inline comment, or of the end. White space before `from` does not count.
+/// Place of the first of `stops`, of an inline comment, or of the end. White space before `from` does not
+/// count.
 size_t find_stop(const std::string &text, size_t from, const char *stops) {
     bool after_blank = false;
     for (size_t i = from; i < text.size(); ++i) {
@@ -112,7 +113,8 @@ std::string join_ini_text(const std::vector<IniLine> &lines) {
 }
 
 std::string read_whole_file(const std::string &path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(std::fopen(path.c_str(), "rb"), &std::fclose);
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(std::fopen(path.c_str(), "rb"),
+                                                                  &std::fclose);
     if (!stream)
         throw errno_trouble(path);
     std::string bytes;

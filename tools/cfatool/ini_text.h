@@ -1,9 +1,10 @@
 // An INI file line by line, as the parser reads it, with the places in it: for checks and for edits in place.
 //
-// The parser's rules: ; and # begin a comment line, ; behind white space an inline comment. The section name ends at
-// the first ], cut at 49 characters, blanks kept. A key ends at the first = or :. A line that begins with white space
-// continues the key above it, whatever it holds: its text is one more value of that key, cut at 49 characters. Lines
-// without separator or without ] are passed over. A line ends at a NUL. A byte-order mark on line 1 is skipped.
+// The parser's rules: ; and # begin a comment line, ; behind white space an inline comment. The section name
+// ends at the first ], cut at 49 characters, blanks kept. A key ends at the first = or :. A line that begins
+// with white space continues the key above it, whatever it holds: its text is one more value of that key, cut
+// at 49 characters. Lines without separator or without ] are passed over. A line ends at a NUL. A byte-order
+// mark on line 1 is skipped.
 #pragma once
 
 #include <string>

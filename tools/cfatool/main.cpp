@@ -70,7 +70,9 @@ int run(CLI::App &program, int argc, char **argv, const int &status) {
 
 int main(int argc, char **argv) {
     std::signal(SIGXFSZ, SIG_IGN); // a size limit is a write error like others
-    CLI::App program("Test charts, mosaics and pictures for the colour-filter-array model.", "cfatool");
+    CLI::App program(
+        "What surrounds a run of the colour-filter-array model: charts, registers, comparison, reports.",
+        "cfatool");
     program.set_version_flag("--version", "cfatool " CFATOOL_VERSION);
     program.require_subcommand(1);
     program.footer("Exit status: 0 good, 1 found something, 2 trouble.\n"
@@ -79,6 +81,12 @@ int main(int argc, char **argv) {
     cfatool::add_chart(program, status);
     cfatool::add_mosaic(program, status);
     cfatool::add_preview(program, status);
+    cfatool::add_compare(program, status);
+    cfatool::add_probe(program, status);
+    cfatool::add_hex(program, status);
+    cfatool::add_regs(program, status);
+    cfatool::add_report(program, status);
+    cfatool::add_conformance(program, status);
 
     status = run(program, argc, argv, status);
     std::cout.flush();

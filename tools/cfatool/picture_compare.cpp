@@ -32,16 +32,19 @@ std::string mismatch_of(const PictureReader &a, const PictureReader &b) {
 
 /// Colour of a difference by its size in bits, out of those of the maximum: blue over yellow to red.
 uint32_t heat(uint32_t difference, uint32_t max) {
-    const int steps = std::max(std::bit_width(max) - 1, 1);
-    const int step = std::min(std::bit_width(difference) - 1, steps) * 510 / steps; // 0..510
-    const int red = std::min(step, 255), green = step <= 255 ? 60 + step * 160 / 255 : 220 - (step - 255) * 220 / 255;
+    const int steps = std::max(static_cast<int>(std::bit_width(max)) - 1, 1);
+    const int step =
+        std::min(static_cast<int>(std::bit_width(difference)) - 1, steps) * 510 / steps; // 0..510
+    const int red = std::min(step, 255),
+              green = step <= 255 ? 60 + step * 160 / 255 : 220 - (step - 255) * 220 / 255;
     return static_cast<uint32_t>(red << 16 | green << 8 | std::max(255 - step, 0));
 }
 
 /// Paints what is equal as a dark grey picture and what differs in colours.
 class Map {
   public:
-    Map(const std::string &path, const Comparison &found) : png_(path, found.width, found.height), found_(found) {
+    Map(const std::string &path, const Comparison &found)
+        : png_(path, found.width, found.height), found_(found) {
         row_.reserve(3 * static_cast<size_t>(found.width));
     }
 

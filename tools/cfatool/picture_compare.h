@@ -46,8 +46,8 @@ struct Comparison {
 
     uint64_t pixels() const { return static_cast<uint64_t>(width) * height; }
     bool equal() const { return mismatch.empty() && list.empty(); }
-    ChannelDifferences all() const;                                          // channels taken together
-    double mean(const ChannelDifferences &of, uint64_t samples) const;       // absolute difference
+    ChannelDifferences all() const;                                    // channels taken together
+    double mean(const ChannelDifferences &of, uint64_t samples) const; // absolute difference
     double psnr() const; // in dB against the maximum value; infinite for pictures without any difference
 };
 

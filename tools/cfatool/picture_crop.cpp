@@ -1,4 +1,4 @@
-// Parts of pictures, whole pictures.
+// Parts of pictures.
 #include "tools/cfatool/picture_crop.h"
 
 #include "tools/cfatool/trouble.h"
@@ -14,18 +14,6 @@ Crop crop_in(const std::string &text, const PictureReader &reader) {
         throw file_trouble(reader.path(), "--crop " + text + " leaves the picture of " +
                                               std::to_string(info.width) + "x" + std::to_string(info.height));
     return crop;
-}
-
-Picture read_picture(const std::string &path) {
-    PictureReader reader(path);
-    Picture picture{reader.info(), {}};
-    std::vector<uint32_t> row;
-    for (int y = 0; y < picture.info.height; ++y) {
-        reader.read_row(row);
-        picture.samples.insert(picture.samples.end(), row.begin(), row.end());
-    }
-    reader.finish();
-    return picture;
 }
 
 } // namespace cfatool

@@ -8,17 +8,8 @@
 
 namespace cfatool {
 
-/// The rectangle "X,Y,W,H" in this picture, the whole picture for an empty text. Throws Trouble if it leaves the
-/// picture.
+/// The rectangle "X,Y,W,H" in this picture, the whole picture for an empty text. Throws Trouble if it leaves
+/// the picture.
 Crop crop_in(const std::string &text, const PictureReader &reader);
-
-/// A whole picture in memory.
-struct Picture {
-    PictureInfo info;
-    std::vector<uint32_t> samples; // rows top to bottom, channels interleaved
-};
-
-/// Reads a whole picture. Throws Trouble for a missing, short or malformed file.
-Picture read_picture(const std::string &path);
 
 } // namespace cfatool

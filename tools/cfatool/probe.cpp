@@ -5,8 +5,8 @@
 
 #include "tools/cfatool/json.h"
 #include "tools/cfatool/options.h"
-#include "tools/cfatool/picture_crop.h"
 #include "tools/cfatool/picture_compare.h"
+#include "tools/cfatool/picture_crop.h"
 #include "tools/cfatool/registers.h"
 #include "tools/cfatool/run_images.h"
 #include "tools/cfatool/subcommands.h"
@@ -34,8 +34,12 @@ Window read_window(const std::string &path, int x, int y, int radius) {
     if (x >= info.width || y >= info.height)
         throw file_trouble(path, "has no pixel " + std::to_string(x) + "," + std::to_string(y) + ": it is " +
                                      std::to_string(info.width) + "x" + std::to_string(info.height));
-    Window window{std::max(x - radius, 0), std::max(y - radius, 0), std::min(x + radius, info.width - 1),
-                  std::min(y + radius, info.height - 1), info.channels, {}};
+    Window window{std::max(x - radius, 0),
+                  std::max(y - radius, 0),
+                  std::min(x + radius, info.width - 1),
+                  std::min(y + radius, info.height - 1),
+                  info.channels,
+                  {}};
     std::vector<uint32_t> row;
     for (int r = 0; r < info.height; ++r) {
         reader.read_row(row);
@@ -82,12 +86,13 @@ std::string image_json(const FoundImage &image, const Window &window) {
             samples.push_back(std::to_string(sample));
         rows.push_back(json_list("[]", samples));
     }
-    return json_list("{}", {json_member("image", json_text(image.name)),
-                            json_member("stage", image.known != nullptr ? json_text(image.known->stage) : "null"),
-                            json_member("left", std::to_string(window.left)),
-                            json_member("top", std::to_string(window.top)),
-                            json_member("channels", std::to_string(window.channels)),
-                            json_member("rows", json_list("[]", rows))});
+    return json_list("{}",
+                     {json_member("image", json_text(image.name)),
+                      json_member("stage", image.known != nullptr ? json_text(image.known->stage) : "null"),
+                      json_member("left", std::to_string(window.left)),
+                      json_member("top", std::to_string(window.top)),
+                      json_member("channels", std::to_string(window.channels)),
+                      json_member("rows", json_list("[]", rows))});
 }
 
 /// "pixel 5,7, a Gr site of pattern 2" where the run has its top-level registers.
@@ -118,8 +123,8 @@ void run(const ProbeOptions &options) {
             continue;
         }
         const std::string value = pixel_text(window, x, y);
-        std::cout << image.name << std::string(image.name.size() < 29 ? 29 - image.name.size() : 1, ' ') << value
-                  << std::string(value.size() < 16 ? 16 - value.size() : 1, ' ')
+        std::cout << image.name << std::string(image.name.size() < 29 ? 29 - image.name.size() : 1, ' ')
+                  << value << std::string(value.size() < 16 ? 16 - value.size() : 1, ' ')
                   << (image.known != nullptr ? image.known->shows : "") << "\n";
         if (options.window > 0)
             print_neighbourhood(window, x, y);
@@ -132,7 +137,8 @@ void run(const ProbeOptions &options) {
 
 void add_probe(CLI::App &program, int &) {
     const auto options = std::make_shared<ProbeOptions>();
-    CLI::App *app = program.add_subcommand("probe", "Show one pixel in every image of a run, in pipeline order");
+    CLI::App *app =
+        program.add_subcommand("probe", "Show one pixel in every image of a run, in pipeline order");
     app->add_option("RUN_DIR", options->folder, "Folder of a run: debug images, outputs, raw.ppm, INI files")
         ->type_name("")
         ->required();

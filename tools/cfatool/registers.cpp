@@ -57,9 +57,9 @@ std::vector<std::string> register_keys(Registers &registers) {
 }
 
 std::string width_text(const RegisterInfo &info) {
-    return std::to_string(info.bits) + (info.bits == 1 ? " bit" : " bits") + (info.is_signed ? " signed, " : ", ") +
-           std::to_string(register_min(info.bits, info.is_signed)) + ".." +
-           std::to_string(register_max(info.bits, info.is_signed));
+    return std::to_string(info.bits) + (info.bits == 1 ? " bit" : " bits") +
+           (info.is_signed ? " signed, " : ", ") + std::to_string(register_min(info.bits, info.is_signed)) +
+           ".." + std::to_string(register_max(info.bits, info.is_signed));
 }
 
 bool readable(const std::string &path) {

@@ -30,8 +30,8 @@ struct Registers {
     /// One line of an INI file.
     void apply(const std::string &section, const std::string &key, const std::string &value);
 
-    /// Loads an INI file over the values in force: both blocks, each from its section. Throws Trouble if it cannot
-    /// be read.
+    /// Loads an INI file over the values in force: both blocks, each from its section. Throws Trouble if it
+    /// cannot be read.
     void load(const std::string &path);
 };
 

@@ -64,7 +64,7 @@ Panel balls_panel(int width, int height, uint64_t) {
                                      {width / 2, y, radius, colour(0xC68A5E)},
                                      {width * 41 / 50, y, radius, colour(0x7A4A32)}};
     return [=](int u, int v, const Rgb &) {
-        const int64_t table = ramp(v, height * 11 / 20, height * 13 / 20);
+        const int64_t table = ramp(v, height * 11 / 20, height * 13 / 20 + 1);
         Rgb pixel = mix(colour(0xBFD0D8), colour(0x8C7A66), table);
         for (const Ball &ball : balls) {
             const int64_t dx = u - ball.x;

@@ -75,8 +75,8 @@ Panel cloth_panel(int width, int height, uint64_t) {
         const int64_t y = part(v, height);
         const Folds folds = folds_at(x, y);
         const int64_t push = folds.push * width / 160; // in 1/65536 pixel
-        const int64_t off = std::abs(x - 32768);      // from the middle
-        const int64_t opening = 21000 - y * 3 / 8;    // half of the jacket's, narrowing downwards
+        const int64_t off = std::abs(x - 32768);       // from the middle
+        const int64_t opening = 21000 - y * 3 / 8;     // half of the jacket's, narrowing downwards
         const int64_t knot = y < 6000 ? 3600 - y / 5 : 2300 + y / 14;
         if (off < knot && off < opening)
             return shaded(tie_colour(u, v), folds.light + 6000);

@@ -12,5 +12,11 @@ namespace cfatool {
 void add_chart(CLI::App &program, int &status);
 void add_mosaic(CLI::App &program, int &status);
 void add_preview(CLI::App &program, int &status);
+void add_compare(CLI::App &program, int &status);
+void add_probe(CLI::App &program, int &status);
+void add_hex(CLI::App &program, int &status);
+void add_regs(CLI::App &program, int &status);
+void add_report(CLI::App &program, int &status);
+void add_conformance(CLI::App &program, int &status);
 
 } // namespace cfatool
