@@ -130,17 +130,26 @@ void PpmReader::read(uint32_t *samples, size_t count) {
     const size_t size = static_cast<size_t>(sample_bytes_);
     while (count > 0) {
         const size_t wanted = std::min(count, block_.size() / size);
-        const size_t bytes = std::fread(block_.data(), 1, wanted * size, stream_);
-        const size_t complete = bytes / size;
-        unpack_samples(sample_bytes_, block_.data(), samples, complete);
-        if (complete < wanted) {
-            samples[complete] =
-                incomplete_sample(&block_[complete * size], static_cast<int>(bytes % size), sample_bytes_);
-            std::fill(samples + complete + 1, samples + wanted, incomplete_sample(nullptr, 0, sample_bytes_));
-            missing_ += wanted - complete;
-        }
+        const size_t present = read_bytes(block_.data(), wanted * size);
+        convert(block_.data(), present, samples, wanted);
         samples += wanted;
         count -= wanted;
+    }
+}
+
+size_t PpmReader::read_bytes(uint8_t *bytes, size_t size) {
+    return std::fread(bytes, 1, size, stream_);
+}
+
+void PpmReader::convert(const uint8_t *bytes, size_t present, uint32_t *samples, size_t count) {
+    const size_t size = static_cast<size_t>(sample_bytes_);
+    const size_t complete = present / size;
+    unpack_samples(sample_bytes_, bytes, samples, complete);
+    if (complete < count) {
+        samples[complete] =
+            incomplete_sample(bytes + complete * size, static_cast<int>(present % size), sample_bytes_);
+        std::fill(samples + complete + 1, samples + count, incomplete_sample(nullptr, 0, sample_bytes_));
+        missing_ += count - complete;
     }
 }
 

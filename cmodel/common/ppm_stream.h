@@ -40,6 +40,13 @@ class PpmReader {
     /// sample: a missing sample of two bytes is -257. A depth of 0 bits reads nothing and gives 0.
     void read(uint32_t *samples, size_t count);
 
+    /// `read` in two steps, for who keeps the file's bytes: reads the next `size` bytes of the samples and
+    /// returns how many there were, ...
+    size_t read_bytes(uint8_t *bytes, size_t size);
+    /// ... and converts `count` samples of which the first `present` bytes were there. REQUIRES a depth above
+    /// 0.
+    void convert(const uint8_t *bytes, size_t present, uint32_t *samples, size_t count);
+
     /// Closes; says on standard error how many samples were missing, if any.
     void close();
 
@@ -68,6 +75,9 @@ class PpmWriter {
     /// Writes the next `count` samples (three per pixel for P6): their low bytes, as many as the depth needs.
     /// An error ends the process with one line and status 1.
     void write(const uint32_t *samples, size_t count);
+
+    /// Writes samples that are the file's bytes already.
+    void write_bytes(const void *bytes, size_t size);
 
     /// Writes what is left and closes.
     void close();

@@ -68,6 +68,11 @@ void PpmWriter::write(const uint32_t *samples, size_t count) {
     }
 }
 
+void PpmWriter::write_bytes(const void *bytes, size_t size) {
+    flush();
+    image_write(stream_, path_.c_str(), bytes, size);
+}
+
 void PpmWriter::flush() {
     image_write(stream_, path_.c_str(), block_.data(), filled_);
     filled_ = 0;

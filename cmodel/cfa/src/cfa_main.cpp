@@ -9,11 +9,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "cmodel/cfa/src/cfa_hw.h"
 #include "cmodel/cfa/src/kit/debug_image.h"
+#include "cmodel/cfa/src/picture_run.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
-#include "cmodel/common/ppm.h"
+#include "cmodel/common/frame.h"
 #include "log/log.h"
 
 /// Prints the usage text and the arguments given, waits for one key, ends with status -1.
@@ -102,17 +102,6 @@ void load_registers(const char *cfa_ini, const char *cmodel_top_ini) {
     log_log(LOG_INFO, label, __LINE__, "reg_cfa_shpn_enable = %d", int{cfa_reg.hw.reg_cfa_shpn_enable});
 }
 
-void run_picture(char **argv) {
-    const FramePtr raw(CM_ReadPPM5(argv[SRC_RAW], FRAME_TYPE_IMG));
-    const FramePtr out_rgb = plane_like(raw.get(), FRAME_TYPE_IMG, 3, raw->bit_depth);
-    const FramePtr out_dc = plane_like(raw.get(), FRAME_TYPE_IMG, 1, raw->bit_depth);
-    const FramePtr out_sg = plane_like(raw.get(), FRAME_TYPE_IMG, 1, raw->bit_depth);
-    cfa_hw(raw.get(), out_rgb.get(), out_dc.get(), out_sg.get());
-    CM_WritePPM(argv[OUT], out_rgb.get());
-    CM_WritePPM5(argv[OUT_DC], out_dc.get());
-    CM_WritePPM5(argv[OUT_SG], out_sg.get());
-}
-
 } // namespace
 
 int main(int argc, char **argv) {
@@ -123,7 +112,7 @@ int main(int argc, char **argv) {
     std::snprintf(dbg_path, sizeof dbg_path, "%s", argv[DBG_PATH]);
     std::FILE *const log_file = open_log(argv[LOG_FILE], integer(argv[LOG_LEVEL]));
     load_registers(argv[INI_FILE], argv[CMODEL_TOP_INI]);
-    run_picture(argv);
+    run_picture({argv[SRC_RAW], argv[OUT], argv[OUT_DC], argv[OUT_SG]});
     std::fclose(log_file);
     return 0;
 }

@@ -1,0 +1,76 @@
+#include "cmodel/cfa/src/lines/picture_words.h"
+
+#include <algorithm>
+
+namespace {
+
+// Columns that are interleaved at a time; their three channels stay in the first-level cache.
+constexpr Index tile_columns = 512;
+
+// The bodies, for both words. Inlined always: each kernel below compiles them for its instruction sets.
+
+template <class Word> [[gnu::always_inline]] inline void
+split(const Word *words, int width, Sample *__restrict even, Sample *__restrict odd) {
+    for (Index i = 0; i < width / 2; i++) {
+        even[i] = static_cast<Sample>(file_order(words[2 * i]));
+        odd[i] = static_cast<Sample>(file_order(words[2 * i + 1]));
+    }
+    if (width % 2 != 0)
+        even[width / 2] = static_cast<Sample>(file_order(words[width - 1]));
+}
+
+template <class Word>
+[[gnu::always_inline]] inline void join(SplitRow row, Index first, Index width, Word *__restrict words) {
+    const Sample *const even = row.half[0] + first / 2;
+    const Sample *const odd = row.half[1] + first / 2;
+    for (Index i = 0; i < width / 2; i++) {
+        words[2 * i] = file_order(static_cast<Word>(even[i]));
+        words[2 * i + 1] = file_order(static_cast<Word>(odd[i]));
+    }
+    if (width % 2 != 0)
+        words[width - 1] = file_order(static_cast<Word>(even[width / 2]));
+}
+
+template <class Word> [[gnu::always_inline]] inline void join(SplitRow red, SplitRow green, SplitRow blue,
+                                                              Index width, Word *__restrict words) {
+    Word r[tile_columns], g[tile_columns], b[tile_columns];
+    for (Index first = 0; first < width; first += tile_columns) {
+        const Index columns = std::min(tile_columns, width - first);
+        join(red, first, columns, r);
+        join(green, first, columns, g);
+        join(blue, first, columns, b);
+        Word *const tile = words + 3 * first;
+        for (Index x = 0; x < columns; x++) {
+            tile[3 * x] = r[x];
+            tile[3 * x + 1] = g[x];
+            tile[3 * x + 2] = b[x];
+        }
+    }
+}
+
+} // namespace
+
+CFA_KERNEL uint16_t union_of_words(const uint16_t *words, size_t count) {
+    uint16_t any = 0;
+    for (size_t i = 0; i < count; i++)
+        any = static_cast<uint16_t>(any | words[i]);
+    return file_order(any);
+}
+CFA_KERNEL void split_words(const uint8_t *words, int width, Sample *even, Sample *odd) {
+    split(words, width, even, odd);
+}
+CFA_KERNEL void split_words(const uint16_t *words, int width, Sample *even, Sample *odd) {
+    split(words, width, even, odd);
+}
+CFA_KERNEL void join_words(SplitRow row, int width, uint8_t *words) {
+    join(row, 0, width, words);
+}
+CFA_KERNEL void join_words(SplitRow row, int width, uint16_t *words) {
+    join(row, 0, width, words);
+}
+CFA_KERNEL void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint8_t *words) {
+    join(red, green, blue, width, words);
+}
+CFA_KERNEL void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *words) {
+    join(red, green, blue, width, words);
+}

@@ -1,0 +1,142 @@
+#include "cmodel/cfa/src/picture_rows.h"
+
+#include <algorithm>
+#include <optional>
+#include <vector>
+
+#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/lines/engine.h"
+#include "cmodel/cfa/src/lines/picture_words.h"
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+
+namespace {
+
+// What is read or written at a time: large enough to be cheap, small enough to stay in the cache.
+constexpr size_t BLOCK_BYTES = 256 * 1024;
+
+constexpr Sample GAIN_OF_ONE = 1024;
+
+template <class Word> class WordSource : public RowSource {
+  public:
+    explicit WordSource(WordStore &store) : store_(store) {}
+    void read(int y, Sample *even, Sample *odd) override {
+        split_words(store_.row<Word>(y), store_.header().width, even, odd);
+    }
+
+  private:
+    WordStore &store_;
+};
+
+void open_output(std::optional<PpmWriter> &writer, const char *path, char kind, const PpmHeader &header) {
+    writer.emplace(path, kind, static_cast<uint32_t>(header.width), static_cast<uint32_t>(header.height),
+                   header.bit_depth);
+}
+
+// RGB rows are written as they come; the other two outputs wait until it is complete.
+template <class Word> class WordSink : public RowSink {
+  public:
+    // gain may be null: not kept
+    WordSink(WordStore &store, const char *path, Word *gain)
+        : store_(store), path_(path), gain_(gain), row_words_(static_cast<size_t>(store.header().width) * 3),
+          block_rows_(static_cast<int>(std::max<size_t>(1, BLOCK_BYTES / (row_words_ * sizeof(Word))))),
+          block_(make_large_buffer(block_rows_ * row_words_ * sizeof(Word))) {}
+
+    void rgb(int y, SplitRow red, SplitRow green, SplitRow blue) override {
+        if (y == 0) // no sooner: the engine's messages come before those of the output
+            open_output(writer_, path_, '6', store_.header());
+        Word *const block = reinterpret_cast<Word *>(block_.get());
+        const int row = y % block_rows_;
+        join_words(red, green, blue, store_.header().width, block + static_cast<size_t>(row) * row_words_);
+        const bool last = y + 1 == store_.header().height;
+        if (last || row + 1 == block_rows_)
+            writer_->write_bytes(block, static_cast<size_t>(row + 1) * row_words_ * sizeof(Word));
+        if (last)
+            writer_->close();
+    }
+
+    // In the place of the mosaic's row, which the engine has read: the DC image of a row depends on it.
+    void dc(int y, SplitRow row) override { join_words(row, store_.header().width, store_.row<Word>(y)); }
+
+    void gain(int y, SplitRow row) override {
+        const int width = store_.header().width;
+        if (gain_ != nullptr)
+            join_words(row, width, gain_ + static_cast<size_t>(y) * width);
+    }
+
+  private:
+    WordStore &store_;
+    const char *const path_;
+    Word *const gain_;
+    const size_t row_words_;
+    const int block_rows_;
+    const LargeBuffer block_;
+    std::optional<PpmWriter> writer_;
+};
+
+void write_all(const char *path, const PpmHeader &header, const void *bytes, size_t size) {
+    std::optional<PpmWriter> writer;
+    open_output(writer, path, '5', header);
+    writer->write_bytes(bytes, size);
+    writer->close();
+}
+
+template <class Word> void write_gain_of_one(const char *path, const WordStore &store) {
+    const std::vector<Word> block(BLOCK_BYTES / sizeof(Word), file_order(static_cast<Word>(GAIN_OF_ONE)));
+    std::optional<PpmWriter> writer;
+    open_output(writer, path, '5', store.header());
+    for (size_t left = store.size(); left > 0;) {
+        const size_t size = std::min(left, BLOCK_BYTES);
+        writer->write_bytes(block.data(), size);
+        left -= size;
+    }
+    writer->close();
+}
+
+template <class Word> void run_words(WordStore &store, const PictureFiles &files) {
+    const bool sharpens = cfa_reg.hw.reg_cfa_shpn_enable == 1; // otherwise the gain is 1.0 everywhere
+    const LargeBuffer gain = sharpens ? make_large_buffer(store.size()) : nullptr;
+    WordSource<Word> source(store);
+    WordSink<Word> sink(store, files.rgb, reinterpret_cast<Word *>(gain.get()));
+    run_line_engine(store.header().width, store.header().height, source, sink);
+    write_all(files.dc, store.header(), store.row<Word>(0), store.size());
+    if (sharpens)
+        write_all(files.gain, store.header(), gain.get(), store.size());
+    else
+        write_gain_of_one<Word>(files.gain, store);
+}
+
+} // namespace
+
+WordStore::WordStore(const PpmHeader &header)
+    : header_(header), word_bytes_(static_cast<size_t>(ppm_sample_bytes(header.bit_depth))),
+      pixels_(static_cast<size_t>(header.width) * static_cast<size_t>(header.height)),
+      bytes_(make_large_buffer(size())) {}
+
+bool WordStore::read(PpmReader &reader) {
+    uint32_t any = 0;
+    while (present_ < size()) {
+        const size_t wanted = std::min(size() - present_, BLOCK_BYTES);
+        uint8_t *const block = bytes_.get() + present_;
+        const size_t got = reader.read_bytes(block, wanted);
+        present_ += got;
+        if (got < wanted)
+            return false;
+        if (word_bytes_ == 2)
+            any |= union_of_words(reinterpret_cast<const uint16_t *>(block), got / 2);
+    }
+    return any <= CFA_LINES_MAX_SAMPLE; // all ones: a sample beyond it has a bit that it lacks
+}
+
+FramePtr WordStore::frame(PpmReader &reader) const {
+    FramePtr raw(CM_NewFRAME(FRAME_TYPE_IMG, FRAME_FMT_MONO, static_cast<uint32_t>(header_.width),
+                             static_cast<uint32_t>(header_.height), 1, header_.bit_depth));
+    reader.convert(bytes_.get(), present_, raw->data, pixels_);
+    return raw;
+}
+
+void run_rows(WordStore &store, const PictureFiles &files) {
+    if (store.word_bytes() == 1)
+        run_words<uint8_t>(store, files);
+    else
+        run_words<uint16_t>(store, files);
+}

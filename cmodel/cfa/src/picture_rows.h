@@ -1,0 +1,38 @@
+// A run over picture files in rows: what the line engine reads and writes when no frame is made.
+#pragma once
+
+#include "cmodel/cfa/src/picture_run.h"
+#include "cmodel/common/frame.h"
+#include "cmodel/common/large_buffer.h"
+#include "cmodel/common/ppm_stream.h"
+
+/// A picture of one channel as the words of its file: bytes up to depth 8, 16 bits up to depth 16.
+class WordStore {
+  public:
+    /// REQUIRES a depth of 1 to 16 and a size that CM_NewFRAME accepts.
+    explicit WordStore(const PpmHeader &header);
+
+    /// Reads all samples. False when one is missing or beyond the bound of the line engine.
+    bool read(PpmReader &reader);
+
+    /// What was read, as the frame that CM_ReadPPM5 makes of it. REQUIRES the reader to be open.
+    FramePtr frame(PpmReader &reader) const;
+
+    const PpmHeader &header() const { return header_; }
+    size_t size() const { return pixels_ * word_bytes_; } // in bytes
+    size_t word_bytes() const { return word_bytes_; }
+    template <class Word> Word *row(int y) {
+        return reinterpret_cast<Word *>(bytes_.get()) + static_cast<size_t>(y) * header_.width;
+    }
+
+  private:
+    const PpmHeader header_;
+    const size_t word_bytes_;
+    const size_t pixels_;
+    const LargeBuffer bytes_;
+    size_t present_ = 0; // bytes read
+};
+
+/// Runs the line engine on the store and writes the three outputs; the store then holds the DC image.
+/// REQUIRES the conditions of cfa_lines, and the input to be closed.
+void run_rows(WordStore &store, const PictureFiles &files);

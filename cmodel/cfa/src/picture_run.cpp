@@ -1,0 +1,61 @@
+#include "cmodel/cfa/src/picture_run.h"
+
+#include <optional>
+
+#include "cmodel/cfa/src/cfa_hw.h"
+#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/picture_rows.h"
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/common/ppm.h"
+
+namespace {
+
+// Whether all but the samples allows the line engine. What CM_NewFRAME refuses, the three-channel output
+// included, is left to it: frames end the process at the same place with the same line.
+bool rows_can_serve(const PpmHeader &header) {
+    const uint32_t width = static_cast<uint32_t>(header.width);
+    const uint32_t height = static_cast<uint32_t>(header.height);
+    return cfa_reg.hw.reg_cfa_enable != 0 && header.bit_depth >= 1 && header.bit_depth <= 16 &&
+           CM_FrameSizeOk(width, height, 3) && cfa_lines_excludes(width, height) == nullptr;
+}
+
+// CM_ReadPPM5 from behind the header.
+FramePtr read_rest(PpmReader &reader) {
+    const PpmHeader &header = reader.header();
+    FramePtr raw(CM_NewFRAME(FRAME_TYPE_IMG, FRAME_FMT_MONO, static_cast<uint32_t>(header.width),
+                             static_cast<uint32_t>(header.height), 1, header.bit_depth));
+    reader.read(raw->data, static_cast<size_t>(raw->width) * raw->height);
+    reader.close();
+    return raw;
+}
+
+void run_frames(const FRAME *raw, const PictureFiles &files) {
+    const FramePtr out_rgb = plane_like(raw, FRAME_TYPE_IMG, 3, raw->bit_depth);
+    const FramePtr out_dc = plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth);
+    const FramePtr out_sg = plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth);
+    cfa_hw(raw, out_rgb.get(), out_dc.get(), out_sg.get());
+    CM_WritePPM(files.rgb, out_rgb.get());
+    CM_WritePPM5(files.dc, out_dc.get());
+    CM_WritePPM5(files.gain, out_sg.get());
+}
+
+} // namespace
+
+void run_picture(const PictureFiles &files) {
+    PpmReader reader(files.raw);
+    if (!rows_can_serve(reader.header()))
+        return run_frames(read_rest(reader).get(), files);
+    std::optional<WordStore> store(std::in_place, reader.header());
+    if (store->read(reader)) {
+        reader.close();
+        return run_rows(*store, files);
+    }
+    const FramePtr raw = store->frame(reader);
+    reader.close();
+    store.reset();
+    run_frames(raw.get(), files);
+}
+
+void run_picture_in_frames(const PictureFiles &files) {
+    run_frames(FramePtr(CM_ReadPPM5(files.raw, FRAME_TYPE_IMG)).get(), files);
+}
