@@ -37,18 +37,21 @@ CFA_KERNEL void removal_weight(Sight<0> mix, Sight<1> color_distance, Sample *we
         const Sample row = P(0, -1) + 2 * P(0, 0) + P(0, 1);
         const Sample row_below = P(1, -1) + 2 * P(1, 0) + P(1, 1);
         const uint16_t binomial = row_above + 2 * row + row_below + 8; // up to 65528
-        const Sample distance_weight = static_cast<Sample>(binomial >> 4);
-        weight[i] = static_cast<Sample>(((mixed >> 2) * int32_t{distance_weight}) >> 12);
+        const Sample distance_weight = binomial >> 4;
+        // Two weights up to 4095, shifted by 3 and 1: the upper half is their product >> 12.
+        weight[i] = upper_half((mixed >> 2) << 3, distance_weight << 1);
     }
 }
 
-CFA_KERNEL void remove_color_moire(const Sample *green, const Sample *weight, int32_t strength, Sample *color,
+CFA_KERNEL void remove_color_moire(const Sample *green, const Sample *weight, Sample strength, Sample *color,
                                    int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
-        const Sample away = green[i] - color[i];
-        const int32_t full = (away * int32_t{weight[i]}) >> 12; // full correction toward green
-        const int32_t part = (full * strength + 128) >> 8;
-        color[i] = static_cast<Sample>(limited12(color[i] + part));
+        const Sample away = green[i] - color[i];                   // +-4095
+        const Sample full = upper_half(away << 3, weight[i] << 1); // (away * weight) >> 12, toward green
+        // (full * strength + 128) >> 8: the half is the top bit of the lower half of the product.
+        const Sample part = upper_half(full << 3, strength << 5);
+        const uint16_t lower = static_cast<uint16_t>((full << 3) * (strength << 5));
+        color[i] = limited12(static_cast<Sample>(color[i] + part + (lower >> 15)));
     }
 }

@@ -8,8 +8,7 @@ constexpr Sample sign(Sample v) {
 
 // a where the condition holds, b elsewhere, without a branch.
 constexpr Sample select(bool condition, Sample a, Sample b) {
-    const Sample mask = -Sample{condition};
-    return (a & mask) | (b & ~mask);
+    return select16(-Sample{condition}, a, b);
 }
 
 // Everything that votes on a pixel but its left neighbour: the row above, the pixel's prior, the right
@@ -92,7 +91,7 @@ CFA_KERNEL void vote_of_right(const int32_t *sig_h, const int32_t *sig_v, const 
 
 // A pair of pixels is a function of the direction left of it. It is packed into a word that one shift
 // evaluates: the directions 0, +1, -1 are the offsets 0, 8, 24 of the bytes that hold the offset of the
-// result.
+// result. Only the lower five bits of a word count as an offset.
 CFA_KERNEL void compose_pairs(DirectionByLeft even, DirectionByLeft odd, uint32_t *step, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
@@ -106,12 +105,12 @@ CFA_KERNEL void compose_pairs(DirectionByLeft even, DirectionByLeft odd, uint32_
     }
 }
 
-// The one serial loop of the engine: before[i] is the direction left of pair i, as an offset.
+// The one serial loop of the engine: before[i] holds the direction left of pair i.
 void scan_pairs(const uint32_t *step, Sample *before, int pairs) {
     uint32_t offset = 0; // column 0 never votes: its function does not depend on this
     for (Index i = 0; i < pairs; i++) {
         before[i] = static_cast<Sample>(offset);
-        offset = step[i] >> offset & 24;
+        offset = step[i] >> (offset & 31);
     }
 }
 
@@ -119,8 +118,9 @@ CFA_KERNEL void resolve_pairs(DirectionByLeft even, DirectionByLeft odd, const S
                               Sample *direction_even, Sample *direction_odd, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
-        const Sample d = select(before[i] == 8, even.if_horizontal[i],
-                                select(before[i] == 24, even.if_vertical[i], even.if_blend[i]));
+        const Sample offset = before[i] & 31;
+        const Sample d = select(offset == 8, even.if_horizontal[i],
+                                select(offset == 24, even.if_vertical[i], even.if_blend[i]));
         direction_even[i] = d;
         direction_odd[i] =
             select(d > 0, odd.if_horizontal[i], select(d < 0, odd.if_vertical[i], odd.if_blend[i]));

@@ -33,7 +33,7 @@ class LineEngine {
     void predict_greens(int y);
     void find_extremes(int y);
     void find_largest(int y);
-    void measure_first_difference(int y);
+    void measure_rows(int y);
     void predict_colors(int y);
     void measure_green_distances(int y);
     void write_dc(int y);
@@ -77,8 +77,8 @@ class LineEngine {
     Lines difference_h_ = lines(3), difference_v_ = lines(3); // raw - green at red/blue sites
     Lines candidate_h_ = lines(4), candidate_v_ = lines(4);   // sharpened, at red/blue sites
     Lines activity_h_ = lines(4), activity_v_ = lines(4);
-    Lines largest_ = lines(3);
-    Lines first_h_ = lines(5);
+    Lines column_of_three_ = lines(1), column_of_five_ = lines(1), largest_ = lines(3);
+    Lines first_h_ = lines(5), row_sum_ = lines(5); // of green_h along the row
     std::array<Lines, 2> color_h_{lines(3), lines(3)}, color_v_{lines(5), lines(5)};
     std::array<Lines, 2> distance_h_{lines(3), lines(3)}, distance_v_{lines(5), lines(5)}; // from their green
     Lines beside_ = lines(3),
@@ -91,11 +91,12 @@ class LineEngine {
     LineBuffer<uint32_t> pair_step_{width_, height_, 1};
     Lines weight_h_ = lines(1), weight_v_ = lines(1);
     LineBuffer<int32_t> weight_inverse_{width_, height_, 1};
+    Lines range_low_ = lines(1), range_high_ = lines(1);
     Lines extreme_max_[3] = {lines(4), lines(4), lines(4)}, extreme_min_[3] = {lines(4), lines(4), lines(4)};
     Lines luma_weight_ = lines(2),
           range_rows_[6] = {lines(1), lines(1), lines(1), lines(1), lines(1), lines(1)};
     LineBuffer<int32_t> gradient_{width_, height_, 1};
-    Lines color_distance_ = lines(3), spread_ = lines(1), edge_ = lines(3);
+    Lines color_distance_ = lines(3), column_sum_ = lines(1), spread_ = lines(1), edge_ = lines(3);
     Lines first_v_ = lines(1), phase_ = lines(2), widest_ = lines(1), mix_ = lines(1), pull_ = lines(1);
     Lines mosaic_luma_ = lines(3), detail_ = lines(1), rgb_luma_ = lines(1), gain_ = lines(1);
     Lines rgb_[3] = {lines(1), lines(1), lines(1)}, smoothed_[3] = {lines(1), lines(1), lines(1)};

@@ -35,7 +35,13 @@ void LineEngine::predict_greens(int y) {
 
 void LineEngine::find_largest(int y) {
     for (int parity = 0; parity < 2; parity++)
-        largest_of_21(sight<2>(raw_, y, parity), largest_.write(y, parity), n_);
+        largest_of_columns(along_column(raw_, y, parity), column_of_three_.write(0, parity),
+                           column_of_five_.write(0, parity), n_);
+    column_of_three_.mirror(0);
+    column_of_five_.mirror(0);
+    for (int parity = 0; parity < 2; parity++)
+        largest_of_window(along_row(column_of_three_, 0, parity), along_row(column_of_five_, 0, parity),
+                          largest_.write(y, parity), n_);
     largest_.mirror(y);
 }
 
@@ -113,19 +119,23 @@ void LineEngine::reconstruct(int y) {
         return BlendWeights{weight_h_.write(0, parity), weight_v_.write(0, parity),
                             weight_inverse_.write(0, parity)};
     };
-    for (int parity = 0; parity < 2; parity++)
+    for (int parity = 0; parity < 2; parity++) {
         blend_weights(sig_h_.half(0, parity), sig_v_.half(0, parity), weights(parity), n_);
+        neighbourhood_range(sight<1>(raw_, y, parity), range_low_.write(0, parity),
+                            range_high_.write(0, parity), n_);
+    }
     const auto choose_color = [&](int color, int parity) {
-        Sample *const out = rgb(color).write(0, parity);
-        choose(color_h_[color].half(y, parity), color_v_[color].half(y, parity), direction_.half(y, parity),
-               weights(parity), out, n_);
-        limit_to_neighbourhood(sight<1>(raw_, y, parity), out, n_);
+        choose_within(color_h_[color].half(y, parity), color_v_[color].half(y, parity),
+                      direction_.half(y, parity), weights(parity), range_low_.half(0, parity),
+                      range_high_.half(0, parity), rgb(color).write(0, parity), n_);
     };
 
+    // At red/blue sites: green from its sharpened candidates, the own colour, the other one.
     choose(candidate_h_.half(y, c), candidate_v_.half(y, c), direction_.half(y, c), weights(c),
            rgb_[1].write(0, c), n_);
     std::copy_n(raw_.half(y, c), n_, rgb(own).write(0, c));
     choose_color(1 - own, c);
+    // At green sites both others.
     std::copy_n(raw_.half(y, g), n_, rgb_[1].write(0, g));
     choose_color(0, g);
     choose_color(1, g);

@@ -51,9 +51,11 @@ void LineEngine::remove_luma(int y) {
         std::swap(rgb_[k], smoothed_[k]);
 }
 
-void LineEngine::measure_first_difference(int y) {
-    for (int parity = 0; parity < 2; parity++)
+void LineEngine::measure_rows(int y) {
+    for (int parity = 0; parity < 2; parity++) {
         first_difference_row(sight<0>(green_h_, y, parity), first_h_.write(y, parity), n_);
+        sum_of_five(along_row(green_h_, y, parity), row_sum_.write(y, parity), n_);
+    }
 }
 
 void LineEngine::weigh_phase_difference(int y) {
@@ -66,11 +68,15 @@ void LineEngine::weigh_phase_difference(int y) {
 }
 
 void LineEngine::weigh_color_moire(int y) {
+    for (int parity = 0; parity < 2; parity++)
+        sum_of_five(along_column(green_v_, y, parity), column_sum_.write(0, parity), n_);
+    column_sum_.mirror(0);
     for (int parity = 0; parity < 2; parity++) {
         const Sample *const green = average_[1].half(y, parity);
         color_distance_weight(average_[0].half(y, parity), green, average_[2].half(y, parity),
                               settings_.color_distance, color_distance_.write(y, parity), n_);
         directional_spread(sight<2>(green_h_, y, parity), sight<2>(green_v_, y, parity),
+                           along_row(column_sum_, 0, parity), along_column(row_sum_, y, parity),
                            settings_.directional, spread_.write(0, parity), n_);
         edge_spread_weight(spread_.half(0, parity), green, settings_.edge, edge_.write(y, parity), n_);
     }

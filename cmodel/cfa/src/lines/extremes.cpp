@@ -11,16 +11,20 @@ constexpr Sample fewest(Sample a, Sample b, Sample c, Sample d) {
 
 } // namespace
 
-CFA_KERNEL void largest_of_21(Sight<2> raw, Sample *out, int n) {
+CFA_KERNEL void largest_of_columns(FiveSamples raw, Sample *of_three, Sample *of_five, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
-        const auto P = raw.at(i);
-        const Sample left2 = largest(largest(P(-1, -2), P(0, -2)), P(1, -2));
-        const Sample left = largest(most(P(-2, -1), P(-1, -1), P(0, -1), P(1, -1)), P(2, -1));
-        const Sample centre = largest(most(P(-2, 0), P(-1, 0), P(0, 0), P(1, 0)), P(2, 0));
-        const Sample right = largest(most(P(-2, 1), P(-1, 1), P(0, 1), P(1, 1)), P(2, 1));
-        const Sample right2 = largest(largest(P(-1, 2), P(0, 2)), P(1, 2));
-        out[i] = largest(most(left2, left, right, right2), centre);
+        const Sample three = largest(raw.at[2][i], largest(raw.at[1][i], raw.at[3][i]));
+        of_three[i] = three;
+        of_five[i] = largest(three, largest(raw.at[0][i], raw.at[4][i]));
+    }
+}
+
+CFA_KERNEL void largest_of_window(FiveSamples of_three, FiveSamples of_five, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++) {
+        const Sample inner = largest(of_five.at[2][i], largest(of_five.at[1][i], of_five.at[3][i]));
+        out[i] = largest(inner, largest(of_three.at[0][i], of_three.at[4][i]));
     }
 }
 

@@ -3,14 +3,9 @@
 
 namespace {
 
-// a where the mask is all ones, b where it is 0.
-constexpr Sample select(Sample mask, Sample a, Sample b) {
-    return (a & mask) | (b & ~mask);
-}
-
 // All ones where the bit is set.
 constexpr Sample mask_of(Sample index, int bit) {
-    return -((index >> bit) & 1);
+    return static_cast<Sample>(index << (15 - bit)) >> 15;
 }
 
 // table.word[first .. first + 2^levels) by the bits of the index above the lowest.
@@ -18,14 +13,15 @@ template <int levels> constexpr Sample look_up(const SharpeningTable &table, Sam
     if constexpr (levels == 0)
         return table.word[first];
     else
-        return select(mask_of(index, levels), look_up<levels - 1>(table, index, first + (1 << (levels - 1))),
-                      look_up<levels - 1>(table, index, first));
+        return select16(mask_of(index, levels),
+                        look_up<levels - 1>(table, index, first + (1 << (levels - 1))),
+                        look_up<levels - 1>(table, index, first));
 }
 
 // Entry 0..31 of the table: a tree of choices, because vectors have no cheap look-up.
 constexpr Sample sharpening_weight(const SharpeningTable &table, Sample index) {
     const Sample word = look_up<4>(table, index, 0);
-    return select(mask_of(index, 0), word >> 8, word & 63);
+    return select16(mask_of(index, 0), word >> 8, word & 63);
 }
 
 // The ratio green / own, Q12, without its lower seven bits, 0..31.
@@ -56,8 +52,8 @@ CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, 
         const Sample h_weight = sharpening_weight(table, ratio_index(h_pair >> 1, h_own));
         const Sample v_weight = sharpening_weight(table, ratio_index(v_pair >> 1, v_own));
         const Sample sharpens = -(largest(lh[i], lv[i]) < table.activity_limit);
-        const Sample h_fix = select(sharpens, upper_half(h_weight << 7, h_hp << 4), h_hp);
-        const Sample v_fix = select(sharpens, upper_half(v_weight << 7, v_hp << 4), v_hp);
+        const Sample h_fix = select16(sharpens, upper_half(h_weight << 7, h_hp << 4), h_hp);
+        const Sample v_fix = select16(sharpens, upper_half(v_weight << 7, v_hp << 4), v_hp);
         const Sample h = limited12(static_cast<Sample>(h_lp + h_fix));
         const Sample v = limited12(static_cast<Sample>(v_lp + v_fix));
 

@@ -53,6 +53,11 @@ constexpr Sample upper_half(Sample a, Sample b) {
     return static_cast<Sample>((int32_t{a} * b) >> 16);
 }
 
+/// a where the mask is all ones, b where it is 0.
+constexpr Sample select16(Sample mask, Sample a, Sample b) {
+    return static_cast<Sample>((a & mask) | (b & ~mask));
+}
+
 constexpr int32_t least32(int32_t a, int32_t b) {
     return a < b ? a : b;
 }
@@ -87,4 +92,9 @@ template <int R> struct Sight {
         }
     };
     constexpr Site at(Index i) const { return {*this, i}; }
+};
+
+/// Five samples in a line through a site, along its row or its column: at[2][i] is the site's own.
+struct FiveSamples {
+    const Sample *at[5];
 };

@@ -25,8 +25,10 @@ void predict_at_green(const Sample *raw, const Sample *diff_left, const Sample *
 void predict_at_red_blue(const Sample *green, const Sample *diff_left_above, const Sample *diff_left_below,
                          Sample *other, int n);
 
-/// Local maximum of all colours: the 21 samples of the 5 x 5 window without its corners.
-void largest_of_21(Sight<2> raw, Sample *out, int n);
+/// Local maximum of all colours over the 5 x 5 window without its corners: the maxima of three and of five
+/// rows in each column, then the five columns.
+void largest_of_columns(FiveSamples raw, Sample *of_three, Sample *of_five, int n);
+void largest_of_window(FiveSamples of_three, FiveSamples of_five, Sample *out, int n);
 
 /// Local maximum and minimum of each colour. along_row: the colour left and right of a green site.
 struct Extremes {
@@ -48,10 +50,7 @@ struct SharpeningTable {
 void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, SharpeningTable table,
                    Sample *candidate_h, Sample *candidate_v, int n);
 
-/// Variance at green sites, 0..131071, along five samples of a line through the site (row or column).
-struct FiveSamples {
-    const Sample *at[5];
-};
+/// Variance at green sites, 0..131071, along the five samples of a line through the site (row or column).
 ///   red, blue        the candidate's colours
 ///   red_d, blue_d    their distances from its green
 void variance_at_green(FiveSamples red, FiveSamples blue, FiveSamples red_d, FiveSamples blue_d, int32_t *sig,
@@ -111,19 +110,26 @@ struct BlendWeights {
     int32_t *inverse; // Q15
 };
 void blend_weights(const int32_t *sig_h, const int32_t *sig_v, BlendWeights out, int n);
+/// Range of the 3 x 3 neighbourhood of the mosaic, whatever its colours.
+void neighbourhood_range(Sight<1> raw, Sample *low, Sample *high, int n);
 /// One of two candidates by direction, or their blend, u12.
 void choose(const Sample *h, const Sample *v, const Sample *direction, BlendWeights weights, Sample *out,
             int n);
-/// Limits a colour to the 3 x 3 neighbourhood of the mosaic, in place.
-void limit_to_neighbourhood(Sight<1> raw, Sample *color, int n);
+/// The same limited to a range.
+void choose_within(const Sample *h, const Sample *v, const Sample *direction, BlendWeights weights,
+                   const Sample *low, const Sample *high, Sample *out, int n);
 
 /// 1-2-1 columns of a 3 x 3 binomial, 0..16380, then the binomial itself, truncated, u12.
 void binomial_3x3(Sight<1> rows, Sample *out, int n);
 
-/// Registers of the luma-moire stage. Curves rise or fall as their slopes say.
+/// A curve from level y0 at the knee x0 on. REQUIRES that the slope does not contradict the levels: it is not
+/// negative for y0 <= y1 and not positive for y0 > y1. Products with arguments of 13 bits fit 32 bits.
 struct Curve {
-    int32_t x0, y0, y1, slope;
+    int32_t x0, y0, slope;
+    int32_t low, high; // the smaller and the larger of y0 and y1
 };
+
+/// Registers of the luma-moire stage.
 struct LumaMoireSettings {
     int32_t red_blue_mask; // all ones or 0: whether red and blue count in the detail
     int32_t noise;
@@ -143,20 +149,30 @@ void remove_luma_moire(Sight<0> color, const Sample *average, const Sample *luma
 
 /// Registers of the colour-moire statistics.
 struct ColorDistanceSettings {
-    Curve saturation, hue;    // slopes with 10 fractional bits
-    int32_t protected_hue[3]; // 0..4095
-    int32_t out_of_reach[3];  // 0, or 4095 and more for a hue that is not protected
+    Curve saturation, hue;   // slopes with 10 fractional bits
+    Sample protected_hue[3]; // 0..4095
+    Sample out_of_reach[3];  // 0, or 16384 for a hue that is not protected
 };
 /// High for a pale colour far from the protected hues, 0..4095.
 void color_distance_weight(const Sample *red, const Sample *green, const Sample *blue,
                            ColorDistanceSettings settings, Sample *weight, int n);
 
+/// Sums of five green predictions along the row or down the column, 0..20475.
+void sum_of_five(FiveSamples green, Sample *sum, int n);
+
+/// The two 5 x 5 kernels, their coefficients s13 combined as the responses need them.
 struct DirectionalKernels {
-    Sample d0[3], d45[9];
+    Sample line0, line1, line2; // 0 and 90 degrees: centre line, next, outer
+    int32_t line_constant;      // 20475 * (line1 + line2)
+    Sample twice0, twice3, twice6;
+    Sample sum15, sum28, sum47;                      // c1 + c5 and so on
+    Sample difference15, difference28, difference47; // c1 - c5 and so on
 };
 /// Spread of the four directional responses over 5 x 5 green predictions, 0..16380.
-void directional_spread(Sight<2> green_h, Sight<2> green_v, DirectionalKernels kernels, Sample *spread,
-                        int n);
+///   columns  column sums of green_v along the row
+///   rows     row sums of green_h down the column
+void directional_spread(Sight<2> green_h, Sight<2> green_v, FiveSamples columns, FiveSamples rows,
+                        DirectionalKernels kernels, Sample *spread, int n);
 struct EdgeWeightSettings {
     int32_t luma_target; // 0: no gain
     Curve edge;
@@ -175,7 +191,7 @@ void largest_of_three(const Sample *above, const Sample *row, const Sample *belo
 void largest_of_seven(Sight<0> row, Sample *out, int n);
 void mix_edges(const Sample *widened, const Sample *edge, const Sample *phase, Sample *mix, int n);
 void removal_weight(Sight<0> mix, Sight<1> color_distance, Sample *weight, int n);
-void remove_color_moire(const Sample *green, const Sample *weight, int32_t strength, Sample *color, int n);
+void remove_color_moire(const Sample *green, const Sample *weight, Sample strength, Sample *color, int n);
 
 /// Sharpen gain.
 struct SharpenSettings {

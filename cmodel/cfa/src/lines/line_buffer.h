@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <new>
 #include <vector>
 
 #include "cmodel/cfa/src/kit/window.h"
@@ -20,6 +21,19 @@ constexpr int half_margin = 32;
 constexpr int padded_half(int width) {
     return ((width + 1) / 2 + 31) / 32 * 32;
 }
+
+/// Memory that starts at a whole vector, so that reads and writes of a site itself never straddle two cache
+/// lines.
+template <class T> struct VectorAligned {
+    using value_type = T;
+    static constexpr std::align_val_t alignment{64};
+
+    VectorAligned() = default;
+    template <class U> VectorAligned(const VectorAligned<U> &) {}
+    T *allocate(size_t count) { return static_cast<T *>(::operator new(count * sizeof(T), alignment)); }
+    void deallocate(T *p, size_t) { ::operator delete(p, alignment); }
+    bool operator==(const VectorAligned &) const = default;
+};
 
 /// A ring of rows of T. Rows are named by their y; a row beyond the top or bottom border is its mirror image.
 template <class T> class LineBuffer {
@@ -75,7 +89,7 @@ template <class T> class LineBuffer {
     int height_;
     int rows_;
     size_t stride_;
-    std::vector<T> store_;
+    std::vector<T, VectorAligned<T>> store_;
     std::vector<const T *> half_;
 };
 

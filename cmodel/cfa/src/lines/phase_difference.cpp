@@ -3,9 +3,11 @@
 
 namespace {
 
-// Taps 1 -4 6 -4 1; magnitude in units of 16, rounded, 0..4095.
+// Taps 1 -4 6 -4 1 over samples of +-16380; magnitude in units of 16, rounded, 0..4095.
 constexpr int32_t fourth_difference(Sample a, Sample b, Sample c, Sample d, Sample e) {
-    const int32_t sum = a - 4 * b + 6 * c - 4 * d + e;
+    const Sample far = static_cast<Sample>(a + e); // pairs fit 16 bits
+    const Sample near = static_cast<Sample>(b + d);
+    const int32_t sum = far - 4 * int32_t{near} + 6 * int32_t{c};
     const int32_t magnitude = sum < 0 ? -sum : sum;
     return least32(4095, (magnitude + 8) >> 4);
 }

@@ -1,21 +1,30 @@
-// The kit's table functions in a form that vectorises. Each equals its table for every argument: tested.
+// The reciprocal table in a form that vectorises. It equals get_inv for every argument: tested.
 #pragma once
 
 #include <cstdint>
 
 #include "cmodel/cfa/src/lines/kernel.h"
 
-/// get_inv(x) by two divisions. Quotients of 32768 are at least 1/2048 away from the next whole number
-/// wherever they are cut, which is far more than the division's error.
+/// get_inv(x) for 1 <= x < 2048: the entries of the two breakpoints around x, by division, and the line
+/// between them. Quotients of 32768 are at least 1/2048 away from the next whole number wherever they are
+/// cut, far more than the division's error.
+inline int32_t reciprocal_below_2048(int32_t x) {
+    const int32_t t = select32(x >= 256, x & 7, 0); // place between the breakpoints; below 256 every x is one
+    const float b0 = static_cast<float>(x - t);
+    const int32_t y0 = static_cast<int32_t>(32768.0f / b0);
+    const int32_t y1 = static_cast<int32_t>(32768.0f / (b0 + 8.0f));
+    return (8 * y0 + t * (y1 - y0) + 4) >> 3;
+}
+
+/// get_inv(x) for every x.
 inline int32_t reciprocal(int32_t x) {
     const int32_t positive = largest32(x, 1);
     const bool interpolated = positive >= 256 && positive < 2048;
-    const int32_t step = interpolated ? 7 : 0;
-    const int32_t t = positive & step; // place between two breakpoints, 0..7
+    const int32_t t = select32(interpolated, positive & 7, 0);
     const float b0 = static_cast<float>(positive - t);
     const int32_t y0 = static_cast<int32_t>(32768.0f / b0);
     const int32_t y1 = static_cast<int32_t>(32768.0f / (b0 + 8.0f));
-    const int32_t y = (t * y1 + (8 - t) * y0 + 4) >> 3;            // y0 where t is 0
+    const int32_t y = (8 * y0 + t * (y1 - y0) + 4) >> 3;
     const int32_t highest = select32(positive >= 2048, 15, 32768); // 2048 itself is 15, not 16
     return largest32(least32(y, highest), 9);
 }

@@ -11,24 +11,41 @@ CFA_KERNEL void blend_weights(const int32_t *sig_h, const int32_t *sig_v, BlendW
         const int32_t v = largest32(1, ((sig_h[i] - m) >> 5) >> coarse);
         out.h[i] = static_cast<Sample>(h);
         out.v[i] = static_cast<Sample>(v);
-        out.inverse[i] = reciprocal(h + v);
+        out.inverse[i] = reciprocal_below_2048(h + v); // 2..2046
     }
 }
 
-// Weights up to 1023 and a reciprocal of their sum: the products stay below 2^31 for 12-bit candidates.
-CFA_KERNEL void choose(const Sample *h, const Sample *v, const Sample *direction, BlendWeights weights,
-                       Sample *out, int n) {
+namespace {
+
+// Weights up to 1023 and the reciprocal of their sum: the products stay below 2^28 for 12-bit candidates.
+inline Sample chosen(Sample h, Sample v, Sample direction, Sample weight_h, Sample weight_v,
+                     int32_t inverse) {
+    const int32_t sum = weight_h * h + weight_v * v;
+    const Sample blend = static_cast<Sample>(limited12((sum * inverse) >> 15));
+    const Sample horizontal = -(direction > 0);
+    const Sample vertical = -(direction < 0);
+    return select16(horizontal, h, select16(vertical, v, blend));
+}
+
+} // namespace
+
+CFA_KERNEL void choose(const Sample *h, const Sample *v, const Sample *direction, BlendWeights w, Sample *out,
+                       int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++)
+        out[i] = chosen(h[i], v[i], direction[i], w.h[i], w.v[i], w.inverse[i]);
+}
+
+CFA_KERNEL void choose_within(const Sample *h, const Sample *v, const Sample *direction, BlendWeights w,
+                              const Sample *low, const Sample *high, Sample *out, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
-        const int32_t sum = weights.h[i] * h[i] + weights.v[i] * v[i];
-        const Sample blend = static_cast<Sample>(limited12((sum * weights.inverse[i]) >> 15));
-        const Sample horizontal = -(direction[i] > 0);
-        const Sample vertical = -(direction[i] < 0);
-        out[i] = (h[i] & horizontal) | (v[i] & vertical) | (blend & ~(horizontal | vertical));
+        const Sample c = chosen(h[i], v[i], direction[i], w.h[i], w.v[i], w.inverse[i]);
+        out[i] = least(high[i], largest(low[i], c));
     }
 }
 
-CFA_KERNEL void limit_to_neighbourhood(Sight<1> raw, Sample *color, int n) {
+CFA_KERNEL void neighbourhood_range(Sight<1> raw, Sample *low, Sample *high, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
         const auto P = raw.at(i);
@@ -38,8 +55,7 @@ CFA_KERNEL void limit_to_neighbourhood(Sight<1> raw, Sample *color, int n) {
         const Sample row_min = least(least(P(0, -1), P(0, 0)), P(0, 1));
         const Sample below_max = largest(largest(P(1, -1), P(1, 0)), P(1, 1));
         const Sample below_min = least(least(P(1, -1), P(1, 0)), P(1, 1));
-        const Sample hi = largest(row_max, largest(above_max, below_max));
-        const Sample lo = least(row_min, least(above_min, below_min));
-        color[i] = least(hi, largest(lo, color[i]));
+        high[i] = largest(row_max, largest(above_max, below_max));
+        low[i] = least(row_min, least(above_min, below_min));
     }
 }

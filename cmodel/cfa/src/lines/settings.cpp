@@ -8,6 +8,10 @@
 
 namespace {
 
+Curve curve(int32_t x0, int32_t y0, int32_t y1, int32_t slope) {
+    return {x0, y0, slope, std::min(y0, y1), std::max(y0, y1)};
+}
+
 constexpr Sample all_ones(bool condition) {
     return condition ? -1 : 0;
 }
@@ -48,45 +52,61 @@ void read_luma_moire(EngineSettings &s) {
     s.luma_moire = r.reg_cfa_ymoire_enable == 1;
     s.luma.red_blue_mask = r.reg_cfa_ymoire_ref_maxg_only == 1 ? 0 : -1;
     s.luma.noise = r.reg_cfa_ymoire_np;
-    s.luma.detail = {r.reg_cfa_ymoire_detail_th, r.reg_cfa_ymoire_detail_low, r.reg_cfa_ymoire_detail_high,
-                     r.reg_cfa_ymoire_detail_slope};
-    s.luma.edge = {r.reg_cfa_ymoire_edge_th, r.reg_cfa_ymoire_edge_low, r.reg_cfa_ymoire_edge_high,
-                   r.reg_cfa_ymoire_edge_slope};
-    s.luma.output = {r.reg_cfa_ymoire_lut_th, r.reg_cfa_ymoire_lut_low, r.reg_cfa_ymoire_lut_high,
-                     r.reg_cfa_ymoire_lut_slope};
+    s.luma.detail = curve(r.reg_cfa_ymoire_detail_th, r.reg_cfa_ymoire_detail_low,
+                          r.reg_cfa_ymoire_detail_high, r.reg_cfa_ymoire_detail_slope);
+    s.luma.edge = curve(r.reg_cfa_ymoire_edge_th, r.reg_cfa_ymoire_edge_low, r.reg_cfa_ymoire_edge_high,
+                        r.reg_cfa_ymoire_edge_slope);
+    s.luma.output = curve(r.reg_cfa_ymoire_lut_th, r.reg_cfa_ymoire_lut_low, r.reg_cfa_ymoire_lut_high,
+                          r.reg_cfa_ymoire_lut_slope);
     s.luma.lpf_w = r.reg_cfa_ymoire_lpf_w;
     s.luma.dc_w = r.reg_cfa_ymoire_dc_w;
+}
+
+DirectionalKernels directional_kernels(const int32_t (&d0)[3], const int32_t (&d45)[9]) {
+    const auto c = [](int32_t v) { return static_cast<Sample>(v); };
+    DirectionalKernels k{};
+    k.line0 = c(d0[0]);
+    k.line1 = c(d0[1]);
+    k.line2 = c(d0[2]);
+    k.line_constant = 20475 * (d0[1] + d0[2]);
+    k.twice0 = c(2 * d45[0]);
+    k.twice3 = c(2 * d45[3]);
+    k.twice6 = c(2 * d45[6]);
+    k.sum15 = c(d45[1] + d45[5]);
+    k.sum28 = c(d45[2] + d45[8]);
+    k.sum47 = c(d45[4] + d45[7]);
+    k.difference15 = c(d45[1] - d45[5]);
+    k.difference28 = c(d45[2] - d45[8]);
+    k.difference47 = c(d45[4] - d45[7]);
+    return k;
 }
 
 void read_color_moire(EngineSettings &s) {
     const auto &r = cfa_reg.hw;
     s.color_moire = r.reg_cfa_cmoire_enable == 1;
-    s.color_distance.saturation = {r.reg_cfa_cmoire_sat_x0, r.reg_cfa_cmoire_sat_y0, r.reg_cfa_cmoire_sat_y1,
-                                   r.reg_cfa_cmoire_sat_slp0};
-    s.color_distance.hue = {r.reg_cfa_cmoire_ptclr_x0, r.reg_cfa_cmoire_ptclr_y0, r.reg_cfa_cmoire_ptclr_y1,
-                            r.reg_cfa_cmoire_ptclr_slp0};
+    s.color_distance.saturation = curve(r.reg_cfa_cmoire_sat_x0, r.reg_cfa_cmoire_sat_y0,
+                                        r.reg_cfa_cmoire_sat_y1, r.reg_cfa_cmoire_sat_slp0);
+    s.color_distance.hue = curve(r.reg_cfa_cmoire_ptclr_x0, r.reg_cfa_cmoire_ptclr_y0,
+                                 r.reg_cfa_cmoire_ptclr_y1, r.reg_cfa_cmoire_ptclr_slp0);
     const int32_t hues[3] = {r.reg_cfa_cmoire_protclr1, r.reg_cfa_cmoire_protclr2, r.reg_cfa_cmoire_protclr3};
     const int32_t enabled[3] = {r.reg_cfa_cmoire_protclr1_enable, r.reg_cfa_cmoire_protclr2_enable,
                                 r.reg_cfa_cmoire_protclr3_enable};
     for (int k = 0; k < 3; k++) {
-        s.color_distance.protected_hue[k] = hues[k];
-        s.color_distance.out_of_reach[k] =
-            enabled[k] == 1 ? 0 : 65536; // beyond the 4095 that the search starts from
+        // A hue that is not protected is raised beyond the 4095 that the search for the nearest starts from.
+        s.color_distance.protected_hue[k] = static_cast<Sample>(enabled[k] == 1 ? hues[k] : 0);
+        s.color_distance.out_of_reach[k] = enabled[k] == 1 ? 0 : 16384;
     }
-    s.directional = {
-        {static_cast<Sample>(r.reg_cfa_cmoire_edge_d0c0), static_cast<Sample>(r.reg_cfa_cmoire_edge_d0c1),
-         static_cast<Sample>(r.reg_cfa_cmoire_edge_d0c2)},
-        {static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c0), static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c1),
-         static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c2), static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c3),
-         static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c4), static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c5),
-         static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c6), static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c7),
-         static_cast<Sample>(r.reg_cfa_cmoire_edge_d45c8)}};
+    s.directional = directional_kernels(
+        {r.reg_cfa_cmoire_edge_d0c0, r.reg_cfa_cmoire_edge_d0c1, r.reg_cfa_cmoire_edge_d0c2},
+        {r.reg_cfa_cmoire_edge_d45c0, r.reg_cfa_cmoire_edge_d45c1, r.reg_cfa_cmoire_edge_d45c2,
+         r.reg_cfa_cmoire_edge_d45c3, r.reg_cfa_cmoire_edge_d45c4, r.reg_cfa_cmoire_edge_d45c5,
+         r.reg_cfa_cmoire_edge_d45c6, r.reg_cfa_cmoire_edge_d45c7, r.reg_cfa_cmoire_edge_d45c8});
     s.edge.luma_target = r.reg_cfa_cmoire_lumagain_enable == 1 ? r.reg_cfa_cmoire_lumatg : 0;
-    s.edge.edge = {r.reg_cfa_cmoire_edge_x0, r.reg_cfa_cmoire_edge_y0, r.reg_cfa_cmoire_edge_y1,
-                   r.reg_cfa_cmoire_edge_slp0};
-    s.phase = {r.reg_cfa_cmoire_pd_x0, r.reg_cfa_cmoire_pd_y0, r.reg_cfa_cmoire_pd_y1,
-               r.reg_cfa_cmoire_pd_slp0};
-    s.strength = r.reg_cfa_cmoire_strth;
+    s.edge.edge = curve(r.reg_cfa_cmoire_edge_x0, r.reg_cfa_cmoire_edge_y0, r.reg_cfa_cmoire_edge_y1,
+                        r.reg_cfa_cmoire_edge_slp0);
+    s.phase = curve(r.reg_cfa_cmoire_pd_x0, r.reg_cfa_cmoire_pd_y0, r.reg_cfa_cmoire_pd_y1,
+                    r.reg_cfa_cmoire_pd_slp0);
+    s.strength = static_cast<Sample>(r.reg_cfa_cmoire_strth);
 }
 
 void read_sharpen(EngineSettings &s) {

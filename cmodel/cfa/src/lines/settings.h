@@ -23,7 +23,7 @@ struct EngineSettings {
     DirectionalKernels directional;
     EdgeWeightSettings edge;
     Curve phase;
-    int32_t strength;
+    Sample strength; // of 256
     bool sharpens;
     SharpenSettings sharpen;
 };
