@@ -1,12 +1,15 @@
 #include "cmodel/common/ini_file.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <string>
 #include <utility>
 
 #include <ini.h>
+
+#include "cmodel/common/frame.h"
 
 namespace {
 
@@ -172,8 +175,11 @@ char *read_line(char *line, int size, void *user) {
 
 int ini_load_file(const char *path, IniHandler handler, void *user) {
     std::FILE *const stream = std::fopen(path, "r");
-    if (stream == nullptr)
+    if (stream == nullptr) {
+        if (errno == ENOMEM) // not a missing file: the defaults would go unnoticed
+            CM_AllocationError();
         return -1;
+    }
     Source source{stream};
     const int result = ini_parse_stream(read_line, &source, handler, user);
     std::fclose(stream);

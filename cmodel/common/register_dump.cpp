@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -102,7 +103,10 @@ bool copy_replacing(std::FILE *in, std::FILE *out, const HeaderPattern &pattern,
 using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
 File open_file(const std::string &path, const char *mode) {
-    return File(std::fopen(path.c_str(), mode), std::fclose);
+    File file(std::fopen(path.c_str(), mode), std::fclose);
+    if (!file && errno == ENOMEM) // not a missing file: it would be overwritten
+        CM_AllocationError();
+    return file;
 }
 
 // Replaces the part's section in the existing file, through the temporary file. False when there is no

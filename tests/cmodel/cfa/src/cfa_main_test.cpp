@@ -139,7 +139,8 @@ TEST_CASE("the log of a run: every record in its order, appended to what was the
     };
     REQUIRE(log.size() == 272);
     for (const auto &[at, pattern] : want) {
-        INFO(at, ": ", log[at]);
+        const std::string shown = std::to_string(at) + ": " + log[at];
+        INFO(shown);
         CHECK(matches(log[at], pattern));
     }
 }

@@ -52,7 +52,8 @@ TEST_CASE("tables: keys are unique, resets fit, slopes agree with their curves")
     CHECK(curves.size() == 7);
     int with_x1 = 0;
     for (auto &[name, role] : curves) {
-        INFO(name);
+        const std::string curve = name;
+        INFO(curve);
         CHECK(role.size() == (role.contains("x1") ? 5 : 4));
         for (const char *needed : {"x0", "y0", "slp0", "y1"})
             REQUIRE(role.contains(needed));
