@@ -14,7 +14,10 @@ namespace {
 struct Outputs {
     Plane rgb, dc, sg;
 
-    explicit Outputs(const Plane &raw) : rgb(raw, 3), dc(raw, 1), sg(raw, 1) { cfa_hw(raw, rgb, dc, sg); }
+    explicit Outputs(const Plane &raw, decltype(&cfa_hw) block = cfa_hw)
+        : rgb(raw, 3), dc(raw, 1), sg(raw, 1) {
+        block(raw, rgb, dc, sg);
+    }
 };
 
 } // namespace
@@ -31,11 +34,13 @@ TEST_CASE_FIXTURE(FreshRegisters, "cfa_hw: the disabled block repeats the mosaic
 }
 
 TEST_CASE_FIXTURE(FreshRegisters, "cfa_hw: a grey picture stays, and the smallest size is taken") {
-    const Outputs out(Plane(4, 3, 1, 1000));
-    // Red and blue of the averages are 996 at green sites, which no default stage brings into the picture.
-    expect_plane("rgb", out.rgb, [](int, int, int) { return 1000; });
-    expect_plane("dc", out.dc, [](int, int, int) { return 1000; });
-    expect_plane("sg", out.sg, [](int, int, int) { return 1024; });
+    for (const auto block : {cfa_hw, cfa_model}) {
+        const Outputs out(Plane(4, 3, 1, 1000), block);
+        // Averages are 996 at green sites, which no stage brings into the picture by default.
+        expect_plane("rgb", out.rgb, [](int, int, int) { return 1000; });
+        expect_plane("dc", out.dc, [](int, int, int) { return 1000; });
+        expect_plane("sg", out.sg, [](int, int, int) { return 1024; });
+    }
 }
 
 TEST_CASE_FIXTURE(FreshRegisters,
