@@ -1,0 +1,213 @@
+#include "tests/support/equality.h"
+
+#include <algorithm>
+#include <sstream>
+#include <string_view>
+
+#include "cmodel/cfa/src/cfa_hw.h"
+#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+
+namespace {
+
+constexpr int32_t UNTOUCHED = -123456789;
+
+// Neighbouring seeds give unrelated streams.
+Noise noise_of(uint32_t seed, uint32_t purpose) {
+    uint32_t h = seed * 2654435761u ^ purpose * 2246822519u;
+    h = (h ^ h >> 15) * 2246822519u;
+    h = (h ^ h >> 13) * 3266489917u;
+    return Noise(h ^ h >> 16);
+}
+
+// A value of any magnitude: as many bits as drawn first. Thresholds near the data are small.
+int32_t any_magnitude(Noise &noise, int32_t low, int32_t high) {
+    const int32_t v = noise.in(0, (1 << noise.in(0, 18)) - 1);
+    return std::clamp(noise.in(0, 1) != 0 ? -v : v, low, high);
+}
+
+int32_t draw_value(Noise &noise, int32_t low, int32_t high) {
+    switch (noise.in(0, 5)) {
+    case 0:
+        return noise.in(0, 1) != 0 ? low : high;
+    case 1:
+        return std::clamp(noise.in(0, 1) != 0 ? low + 1 : high - 1, low, high);
+    case 2:
+        return any_magnitude(noise, low, high);
+    default:
+        return noise.in(low, high);
+    }
+}
+
+// The slope, level and limit of one curve.
+void let_slope_agree(const RegisterInfo &slope) {
+    int32_t level = 0, limit = 0;
+    for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
+        const std::string_view role = info.role;
+        if (std::string_view(info.curve) == slope.curve && role == "y0")
+            level = info.read(cfa_reg.hw);
+        if (std::string_view(info.curve) == slope.curve && role == "y1")
+            limit = info.read(cfa_reg.hw);
+    }
+    const int32_t v = slope.read(cfa_reg.hw);
+    if (level <= limit ? v < 0 : v > 0)
+        slope.store(cfa_reg.hw, std::min(-v, register_max(slope.bits, true)));
+}
+
+struct Fill {
+    const char *name;
+    int32_t (*sample)(Noise &noise, int y, int x, const int32_t *drawn); // drawn: four values of 0..4095
+};
+
+int32_t bounded(int32_t v) {
+    return std::clamp(v, 0, 4095);
+}
+
+const Fill fills[] = {
+    {"random", [](Noise &n, int, int, const int32_t *) { return n.in(0, 4095); }},
+    {"0 and 1", [](Noise &n, int, int, const int32_t *) { return n.in(0, 1); }},
+    {"4094 and 4095", [](Noise &n, int, int, const int32_t *) { return n.in(4094, 4095); }},
+    {"0 or 4095", [](Noise &n, int, int, const int32_t *) { return n.in(0, 1) * 4095; }},
+    {"impulses",
+     [](Noise &n, int, int, const int32_t *d) { return n.in(0, 20) == 0 ? n.in(0, 4095) : d[0]; }},
+    {"checker", [](Noise &, int y, int x, const int32_t *d) { return (x + y) % 2 != 0 ? d[0] : d[1]; }},
+    {"full checker", [](Noise &, int y, int x, const int32_t *) { return (x + y) % 2 * 4095; }},
+    {"flat colors", [](Noise &, int y, int x, const int32_t *d) { return d[y % 2 * 2 + x % 2]; }},
+    {"noisy colors",
+     [](Noise &n, int y, int x, const int32_t *d) { return bounded(d[y % 2 * 2 + x % 2] + n.in(-40, 40)); }},
+    {"ramp",
+     [](Noise &n, int y, int x, const int32_t *d) {
+         return bounded(d[0] + x * (d[1] % 61 - 30) + y * (d[2] % 61 - 30) + n.in(0, d[3] % 4));
+     }},
+    {"rings",
+     [](Noise &, int y, int x, const int32_t *d) {
+         return (x * x + y * y * (1 + d[1] % 3)) * (1 + d[0] % 200) / 64 % 4096;
+     }},
+    {"stripes",
+     [](Noise &n, int y, int x, const int32_t *d) {
+         const int phase = (x * (d[2] % 5) + y * (d[3] % 5)) % (2 + d[2] % 3);
+         return bounded((phase == 0 ? d[0] : d[1]) + n.in(-2, 2));
+     }},
+    {"blocks",
+     [](Noise &n, int y, int x, const int32_t *d) {
+         const int32_t edge = (x / (3 + d[2] % 7) + y / (2 + d[3] % 7)) % 2 != 0 ? d[0] : d[1];
+         return bounded(edge + n.in(-3, 3));
+     }},
+};
+
+struct Outputs {
+    Plane rgb, dc, gain;
+    explicit Outputs(const Plane &raw)
+        : rgb(raw.width(), raw.height(), 3, UNTOUCHED), dc(raw.width(), raw.height(), 1, UNTOUCHED),
+          gain(raw.width(), raw.height(), 1, UNTOUCHED) {}
+};
+
+// Adds a line on the first sample that differs.
+void compare_plane(std::ostream &out, const char *name, const FRAME *want, const FRAME *got) {
+    const size_t count = static_cast<size_t>(want->width) * want->height * want->channels;
+    int differences = 0;
+    size_t first = 0;
+    for (size_t i = count; i-- > 0;)
+        if (want->data[i] != got->data[i]) {
+            differences++;
+            first = i;
+        }
+    if (differences == 0)
+        return;
+    const size_t pixel = first / want->channels;
+    out << name << ": y " << pixel / want->width << ", x " << pixel % want->width << ", channel "
+        << first % want->channels << ", engine " << static_cast<int32_t>(got->data[first]) << ", model "
+        << static_cast<int32_t>(want->data[first]) << "; " << differences << " differences\n";
+}
+
+void compare_outputs(std::ostream &out, const Outputs &want, const Outputs &got) {
+    compare_plane(out, "rgb", want.rgb, got.rgb);
+    compare_plane(out, "dc", want.dc, got.dc);
+    compare_plane(out, "gain", want.gain, got.gain);
+}
+
+// The registers that are not as reset.
+std::string registers_text() {
+    std::ostringstream out;
+    out << "id " << cmodel_top_reg.hw.reg_img_bayerid;
+    for (const RegisterInfo &info : cfa_reg_hw_table().registers)
+        if (info.read(cfa_reg.hw) != info.reset)
+            out << ", " << info.key << " = " << info.read(cfa_reg.hw);
+    return out.str();
+}
+
+} // namespace
+
+PictureSize small_size(uint32_t seed) {
+    Noise noise = noise_of(seed, 1);
+    if (noise.in(0, 9) == 0) // whole vectors, and a little less or more
+        return {64 * noise.in(1, 4) + noise.in(-5, 5), noise.in(3, 8)};
+    const int width = 4 + noise.in(0, noise.in(0, 3) == 0 ? 90 : 24);
+    return {width, 3 + noise.in(0, noise.in(0, 3) == 0 ? 40 : 16)};
+}
+
+PictureSize large_size(uint32_t seed) {
+    Noise noise = noise_of(seed, 1);
+    const int width = noise.in(200, 700);
+    return {width, noise.in(100, 500)};
+}
+
+void draw_registers(uint32_t seed) {
+    Noise noise = noise_of(seed, 2);
+    INIT_CFA_REG("NULL");
+    INIT_CMODEL_TOP_REG("NULL");
+    cmodel_top_reg.hw.reg_img_bayerid = noise.in(0, 3);
+    const int mode = noise.in(0, 3); // 0: switches only; 1: some registers; else all
+    for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
+        const bool drawn = info.bits == 1 || mode >= 2 || (mode == 1 && noise.in(0, 3) == 0);
+        const int32_t low = register_min(info.bits, info.is_signed);
+        const int32_t high = register_max(info.bits, info.is_signed);
+        if (drawn)
+            info.store(cfa_reg.hw, mode == 3 ? draw_value(noise, low, high) : noise.in(low, high));
+    }
+    cfa_reg.hw.reg_cfa_enable = 1;
+    if (noise.in(0, 2) != 0)
+        cfa_reg.hw.reg_cfa_force_dir_enable = 0;
+    if (noise.in(0, 49) != 0)
+        for (const RegisterInfo &info : cfa_reg_hw_table().registers)
+            if (std::string_view(info.role) == "slp0")
+                let_slope_agree(info);
+}
+
+Plane draw_mosaic(uint32_t seed, PictureSize size, const char *&fill) {
+    Noise noise = noise_of(seed, 3);
+    const Fill &chosen = fills[noise.in(0, std::size(fills) - 1)];
+    fill = chosen.name;
+    int32_t drawn[4];
+    for (int32_t &v : drawn)
+        v = noise.in(0, 4095);
+    Plane raw(size.width, size.height);
+    for (int y = 0; y < size.height; y++)
+        for (int x = 0; x < size.width; x++)
+            raw.set(y, x, 0, chosen.sample(noise, y, x, drawn));
+    return raw;
+}
+
+Equality compare_engine_with_model(const Plane &raw) {
+    const Outputs untouched(raw), got(raw), want(raw);
+    const bool served = cfa_lines(raw, got.rgb, got.dc, got.gain);
+    if (served)
+        cfa_model(raw, want.rgb, want.dc, want.gain);
+    std::ostringstream out;
+    compare_outputs(out, served ? want : untouched, got);
+    if (!out.str().empty())
+        out << (served ? "" : "refused, but written\n") << registers_text() << "\n";
+    return {served, out.str()};
+}
+
+Equality compare_engine_with_model(uint32_t seed, PictureSize size) {
+    draw_registers(seed);
+    const char *fill;
+    const Plane raw = draw_mosaic(seed, size, fill);
+    Equality result = compare_engine_with_model(raw);
+    if (!result.difference.empty())
+        result.difference = "seed " + std::to_string(seed) + ", " + std::to_string(size.width) + " x " +
+                            std::to_string(size.height) + ", " + fill + "\n" + result.difference;
+    return result;
+}

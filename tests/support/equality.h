@@ -1,0 +1,35 @@
+// The line engine held against the model on random pictures with random registers.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "tests/support/planes.h"
+
+struct PictureSize {
+    int width;
+    int height;
+};
+
+/// Random sizes from 4 x 3 up: mostly small, some around the widths at which a half-row fills its vectors.
+PictureSize small_size(uint32_t seed);
+/// 200 x 100 to 700 x 500.
+PictureSize large_size(uint32_t seed);
+
+/// Draws both register blocks from the seed: a pattern id of 0 to 3, and values over the whole range of every
+/// field, small ones and the ends among them. Seldom does a slope contradict its levels.
+void draw_registers(uint32_t seed);
+
+/// A mosaic of 0..4095 from the seed; `fill` says how it was made.
+Plane draw_mosaic(uint32_t seed, PictureSize size, const char *&fill);
+
+struct Equality {
+    bool served;            // the engine did not refuse
+    std::string difference; // "" when all three outputs agree; else seed, registers, first differing sample
+};
+
+/// Runs cfa_lines and cfa_model on what the seed gives. An engine that refuses must leave the outputs alone.
+Equality compare_engine_with_model(uint32_t seed, PictureSize size);
+
+/// The same on this mosaic with the registers as they stand.
+Equality compare_engine_with_model(const Plane &raw);
