@@ -6,10 +6,6 @@ namespace {
 
 constexpr Sample hue_circle = 2880;
 
-constexpr int32_t norm2(int32_t a, int32_t b) {
-    return (largest32(a, b) * 123 + least32(a, b) * 51 + 64) >> 7;
-}
-
 // Hue of a 12-bit colour in eighths of a degree. On a tie for the maximum green goes before blue before red.
 inline Sample hue(Sample r, Sample g, Sample b) {
     const Sample mx = largest(r, largest(g, b));
@@ -29,7 +25,7 @@ CFA_KERNEL void color_distance_weight(const Sample *red, const Sample *green, co
                                       ColorDistanceSettings s, Sample *weight, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
-        const int32_t saturation = norm2(distance(red[i], green[i]), distance(blue[i], green[i]));
+        const Sample saturation = norm2_u12(distance(red[i], green[i]), distance(blue[i], green[i]));
         const int32_t saturation_weight = truncated_curve(saturation, s.saturation);
 
         const Sample h = hue(red[i], green[i], blue[i]);

@@ -69,6 +69,16 @@ constexpr int32_t select32(bool condition, int32_t a, int32_t b) {
     const int32_t mask = -int32_t{condition};
     return (a & mask) | (b & ~mask);
 }
+/// norm2 of the kit, (123 m + 51 k + 64) >> 7 of the larger m and the smaller k of two samples u12, in 16
+/// bits: 123 m is 128 m - 5 m, and of 51 k the part 48 k is shifted in two steps.
+constexpr Sample norm2_u12(Sample a, Sample b) {
+    const Sample m = largest(a, b);
+    const Sample k3 = static_cast<Sample>(3 * least(a, b));
+    const Sample rest = static_cast<Sample>(k3 - 5 * m + 64); // -20411..64
+    const Sample eighths = static_cast<Sample>(k3 + (rest >> 4));
+    return static_cast<Sample>(m + (eighths >> 3));
+}
+
 constexpr int32_t limited12(int32_t v) {
     return least32(4095, largest32(0, v));
 }

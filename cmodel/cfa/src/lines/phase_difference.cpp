@@ -4,12 +4,12 @@
 namespace {
 
 // Taps 1 -4 6 -4 1 over samples of +-16380; magnitude in units of 16, rounded, 0..4095.
-constexpr int32_t fourth_difference(Sample a, Sample b, Sample c, Sample d, Sample e) {
+constexpr Sample fourth_difference(Sample a, Sample b, Sample c, Sample d, Sample e) {
     const Sample far = static_cast<Sample>(a + e); // pairs fit 16 bits
     const Sample near = static_cast<Sample>(b + d);
     const int32_t sum = far - 4 * int32_t{near} + 6 * int32_t{c};
     const int32_t magnitude = sum < 0 ? -sum : sum;
-    return least32(4095, (magnitude + 8) >> 4);
+    return static_cast<Sample>(least32(4095, (magnitude + 8) >> 4));
 }
 
 } // namespace
@@ -33,10 +33,9 @@ CFA_KERNEL void phase_difference_weight(Sight<0> first_v, FiveSamples first_h, C
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
         const auto V = first_v.at(i);
-        const int32_t a = fourth_difference(V(0, -2), V(0, -1), V(0, 0), V(0, 1), V(0, 2));
-        const int32_t b = fourth_difference(first_h.at[0][i], first_h.at[1][i], first_h.at[2][i],
-                                            first_h.at[3][i], first_h.at[4][i]);
-        const int32_t norm = (largest32(a, b) * 123 + least32(a, b) * 51 + 64) >> 7;
-        weight[i] = static_cast<Sample>(truncated_curve(norm, curve));
+        const Sample a = fourth_difference(V(0, -2), V(0, -1), V(0, 0), V(0, 1), V(0, 2));
+        const Sample b = fourth_difference(first_h.at[0][i], first_h.at[1][i], first_h.at[2][i],
+                                           first_h.at[3][i], first_h.at[4][i]);
+        weight[i] = static_cast<Sample>(truncated_curve(norm2_u12(a, b), curve));
     }
 }

@@ -6,9 +6,11 @@ CFA_KERNEL void blend_weights(const int32_t *sig_h, const int32_t *sig_v, BlendW
     for (Index i = 0; i < n; i++) {
         const int32_t sig_max = largest32(sig_h[i], sig_v[i]);
         const int32_t m = sig_max >> 10;
-        const int32_t coarse = sig_max >= 16384 ? 2 : 0;                 // in steps of 128 instead of 32
-        const int32_t h = largest32(1, ((sig_v[i] - m) >> 5) >> coarse); // up to 1023
-        const int32_t v = largest32(1, ((sig_h[i] - m) >> 5) >> coarse);
+        const bool coarse = sig_max >= 16384; // in steps of 128 instead of 32
+        const int32_t step_h = select32(coarse, (sig_v[i] - m) >> 7, (sig_v[i] - m) >> 5);
+        const int32_t step_v = select32(coarse, (sig_h[i] - m) >> 7, (sig_h[i] - m) >> 5);
+        const int32_t h = largest32(1, step_h); // up to 1023
+        const int32_t v = largest32(1, step_v);
         out.h[i] = static_cast<Sample>(h);
         out.v[i] = static_cast<Sample>(v);
         out.inverse[i] = reciprocal_below_2048(h + v); // 2..2046
