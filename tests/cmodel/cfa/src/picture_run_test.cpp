@@ -1,0 +1,246 @@
+#include "cmodel/cfa/src/picture_run.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <sstream>
+#include <string>
+
+#include <doctest/doctest.h>
+#include <sys/resource.h>
+
+#include "cmodel/cfa/src/kit/debug_image.h"
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+#include "log/log.h"
+#include "tests/support/equality.h"
+#include "tests/support/registers.h"
+#include "tests/support/support.h"
+
+namespace {
+
+using Way = void (*)(const PictureFiles &);
+
+// The log without time stamps and line numbers: a record's line is that of its call.
+std::string log_text(const std::string &path) {
+    std::istringstream records(read_file(path));
+    std::string text;
+    for (std::string line; std::getline(records, line);) {
+        const size_t number = line.find(':', 20);
+        text += line.size() < 20 || number == std::string::npos
+                    ? line
+                    : line.substr(20, number - 20) + line.substr(line.find(':', number + 1));
+        text += "\n";
+    }
+    return text;
+}
+
+// One picture, and where its outputs go; both ways run on the same paths.
+struct Bench : FreshRegisters {
+    Bench() { INIT_CMODEL_TOP_REG("NULL"); }
+    ~Bench() { INIT_CMODEL_TOP_REG("NULL"); }
+
+    struct Result {
+        Outcome outcome;
+        std::string log, rgb, dc, gain;
+    };
+
+    Result run(Way way, int timeout_ms) const {
+        const Outcome outcome = run_child(
+            [&] {
+                log_add_fp(std::fopen((folder / "log").c_str(), "a"), 0);
+                way({raw.c_str(), rgb.c_str(), dc.c_str(), gain.c_str()});
+            },
+            timeout_ms);
+        return {outcome, log_text(folder / "log"), bytes(rgb), bytes(dc), bytes(gain)};
+    }
+
+    // Both ways; the outputs start as they are after prepare.
+    Result compare(const std::string &picture, int timeout_ms = 30000) const {
+        const auto fresh = [&] {
+            for (const auto &entry : std::filesystem::directory_iterator(folder.path))
+                std::filesystem::remove_all(entry.path());
+            write_file(folder / "raw", picture);
+            write_file(folder / "dc", std::string(100000, 'x')); // longer than the new one
+        };
+        fresh();
+        const Result frames = run(run_picture_in_frames, timeout_ms);
+        fresh();
+        const Result rows = run(run_picture, timeout_ms);
+        CHECK(rows.outcome.status == frames.outcome.status);
+        CHECK(rows.outcome.out == frames.outcome.out);
+        CHECK(rows.outcome.err == frames.outcome.err);
+        CHECK(rows.log == frames.log);
+        CHECK((rows.rgb == frames.rgb)); // no thousands of bytes in a message
+        CHECK((rows.dc == frames.dc));
+        CHECK((rows.gain == frames.gain));
+        return rows;
+    }
+
+    TempFolder folder;
+    std::string raw = folder / "raw", rgb = folder / "rgb", dc = folder / "dc", gain = folder / "gain";
+
+  private:
+    static std::string bytes(const std::string &path) { // a device would never end
+        return std::filesystem::is_regular_file(path) ? read_file(path) : "(no file)";
+    }
+};
+
+std::string header(const std::string &size, int max_value) {
+    return "P5\n" + size + "\n" + std::to_string(max_value) + "\n";
+}
+
+// Random samples of 0..largest in words of this many bytes.
+std::string samples(uint32_t seed, int count, int32_t largest, int word_bytes = 2) {
+    Noise noise(seed);
+    std::string bytes;
+    for (int i = 0; i < count; i++) {
+        const int32_t v = noise.in(0, largest);
+        for (int b = word_bytes - 1; b >= 0; b--)
+            bytes += static_cast<char>(v >> (8 * b));
+    }
+    return bytes;
+}
+
+} // namespace
+
+TEST_CASE_FIXTURE(Bench, "rows and frames: regular pictures, all features, every register") {
+    for (uint32_t seed = 0; seed < 60; seed++) {
+        INFO("seed ", seed);
+        draw_registers(seed);
+        const PictureSize size = small_size(seed);
+        const std::string text = std::to_string(size.width) + " " + std::to_string(size.height);
+        const Result result =
+            compare(header(text, 4095) + samples(seed, size.width * size.height, seed % 4 == 0 ? 1 : 4095));
+        CHECK(result.outcome.status == 0);
+        CHECK(result.outcome.err.empty());
+        CHECK(result.rgb.starts_with("P6\n"));
+    }
+}
+
+TEST_CASE_FIXTURE(Bench, "rows and frames: more than a block of rows, rows of more than a block") {
+    cfa_reg.hw.reg_cfa_shpn_enable = 1;
+    cfa_reg.hw.reg_cfa_shpn_gain_value = 77;
+    compare(header("1000 150", 4095) + samples(1, 150000, 4095));
+    compare(header("50001 3", 4095) + samples(2, 150003, 4095));
+    cfa_reg.hw.reg_cfa_shpn_enable = 0;
+    compare(header("50001 3", 4095) + samples(2, 150003, 4095));
+}
+
+TEST_CASE_FIXTURE(Bench, "rows and frames: every depth, deep files of small samples too") {
+    for (const bool sharpens : {false, true}) {
+        cfa_reg.hw.reg_cfa_shpn_enable = sharpens;
+        for (const int bits : {0, 1, 2, 7, 8, 9, 12, 15, 16, 17, 24, 25, 30}) {
+            INFO("bits ", bits);
+            const int bytes = bits == 0 ? 0 : bits <= 8 ? 1 : bits <= 16 ? 2 : bits <= 24 ? 3 : 4;
+            const int32_t max_value = 1 << bits;
+            compare(header("9 7", max_value) + samples(3, 63, bits < 8 ? max_value : 255, bytes));
+            compare(header("9 7", max_value) + samples(3, 63, std::min(max_value, 4095), bytes));
+            compare(header("9 7", max_value) + samples(4, 63, max_value, bytes));
+        }
+    }
+}
+
+TEST_CASE_FIXTURE(Bench, "rows and frames: one sample beyond the bound, wherever it stands") {
+    const std::string picture = header("70 9", 4095) + samples(5, 630, 4095);
+    const size_t data = picture.size() - 1260;
+    for (const size_t at : {0, 1, 69, 70, 317, 628, 629})
+        for (const char high : {'\x10', '\x7f', '\xff'}) {
+            INFO("sample ", at);
+            std::string changed = picture;
+            changed[data + 2 * at] = high;
+            CHECK(compare(changed).outcome.status == 0);
+        }
+}
+
+TEST_CASE_FIXTURE(Bench, "rows and frames: missing data, data too many") {
+    for (const int max_value : {255, 4095}) {
+        const std::string head = header("13 8", max_value);
+        const int bytes = max_value == 255 ? 1 : 2;
+        const std::string data = samples(6, 104, max_value, bytes);
+        for (const size_t present : {size_t{0}, size_t{1}, size_t{2}, size_t{53}, data.size() - 1}) {
+            const Result result = compare(head + data.substr(0, present));
+            const size_t missing = 104 - present / bytes;
+            CHECK(result.outcome.err == "Unexpected end of file in '" + raw +
+                                            "': " + std::to_string(missing) + " samples are missing\n");
+        }
+        CHECK(compare(head + data + "tail").outcome.err.empty());
+    }
+}
+
+TEST_CASE_FIXTURE(Bench, "rows and frames: headers that lie, pictures too small") {
+    for (const char *size : {"0 0", "0 5", "5 0", "1 1", "3 3", "4 2", "3 100", "-4 3", "4 -3", "-1 0",
+                             "65536 65536", "2147483647 2147483647", "2147483648 1", "4", "", "x 4"}) {
+        INFO(size);
+        CHECK(compare(header(size, 4095) + samples(7, 300, 4095)).outcome.status == 1);
+    }
+    for (const int max_value : {0, -1, 1})
+        compare(header("5 4", max_value) + samples(8, 20, 1));
+    compare("");
+    compare("P6\n5 4\n255\n" + samples(9, 60, 255, 1));
+}
+
+TEST_CASE_FIXTURE(Bench, "rows and frames: bypass, 4 x 4 patterns, contradicting slopes, debug images") {
+    const std::string picture = header("17 9", 4095) + samples(10, 153, 4095);
+    cmodel_top_reg.hw.reg_img_bayerid = 8;
+    compare(picture);
+    cmodel_top_reg.hw.reg_img_bayerid = 1;
+    cfa_reg.hw.reg_cfa_cmoire_pd_slp0 = -1;
+    compare(picture);
+    cfa_reg.hw.reg_cfa_enable = 0;
+    for (const char *size : {"17 9", "1 1", "3 2", "0 4"})
+        CHECK(compare(header(size, 4095) + samples(10, 153, 4095)).outcome.status == 0);
+    INIT_CFA_REG("NULL");
+    std::snprintf(dbg_path, sizeof dbg_path, "%s", folder.path.c_str());
+    dump_dbg_img = true;
+    compare(picture);
+    dump_dbg_img = false;
+    CHECK(std::filesystem::exists(folder / "dbg_img_GH.ppm"));
+}
+
+TEST_CASE_FIXTURE(Bench, "rows and frames: outputs that fail, wait, coincide") {
+    const std::string picture = header("21 12", 4095) + samples(11, 252, 4095);
+    for (const bool sharpens : {false, true}) {
+        cfa_reg.hw.reg_cfa_shpn_enable = sharpens;
+        for (std::string Bench::*output : {&Bench::rgb, &Bench::dc, &Bench::gain}) {
+            const std::string path = this->*output;
+            this->*output = "/dev/full";
+            CHECK(compare(picture).outcome.err ==
+                  "Unable to write file '/dev/full': No space left on device\n");
+            if (sharpens) {
+                this->*output = folder / "none/picture"; // the log has all its records by then
+                const Result waits = compare(picture, 300);
+                CHECK(waits.outcome.status == 124);
+                CHECK(waits.outcome.out == "wait pre frame ready " + folder.path + "/none/picture\n");
+            }
+            this->*output = raw; // closed before
+            CHECK(compare(picture).outcome.status == 0);
+            this->*output = path;
+        }
+    }
+    rgb = dc = gain = folder / "one";
+    CHECK(compare(picture).gain.starts_with("P5"));
+    rgb = dc = gain = "/dev/null";
+    CHECK(compare(picture).outcome.status == 0);
+}
+
+#ifndef __SANITIZE_ADDRESS__
+TEST_CASE_FIXTURE(Bench, "a regular picture needs 2 bytes a pixel, 2 more for a gain map") {
+    write_file(raw, header("2000 1500", 4095) + samples(12, 3000000, 4095));
+    const auto growth = [&](Way way) { // bytes a pixel
+        const Outcome outcome = run_child([&] {
+            rusage usage;
+            getrusage(RUSAGE_SELF, &usage);
+            const long before = usage.ru_maxrss;
+            way({raw.c_str(), "/dev/null", "/dev/null", "/dev/null"});
+            getrusage(RUSAGE_SELF, &usage);
+            std::printf("%ld", (usage.ru_maxrss - before) * 1024 / 3000000);
+        });
+        return std::stol(outcome.out);
+    };
+    constexpr long lines = 3; // line buffers and rounding to huge pages
+    CHECK(growth(run_picture) < 2 + lines);
+    cfa_reg.hw.reg_cfa_shpn_enable = 1;
+    CHECK(growth(run_picture) < 4 + lines);
+    CHECK(growth(run_picture_in_frames) > 4 + 12 + 4 + 4 - 1);
+}
+#endif
