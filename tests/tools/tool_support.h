@@ -14,6 +14,12 @@ inline Outcome cfatool_run(std::vector<std::string> args) {
     return run_program(args);
 }
 
+/// The top folder of the sources.
+inline std::string source_root() {
+    const char *data = std::getenv("CFA_TEST_DATA");
+    return std::string(data != nullptr ? data : "tests/data") + "/../..";
+}
+
 /// Samples as they stand in a file, high byte first.
 inline std::string big_endian(const std::vector<uint32_t> &samples, int bytes) {
     std::string text;

@@ -152,6 +152,8 @@ int run(const ConformanceOptions &options) {
     const std::string recorded_path =
         options.sums.empty() ? program_folder() + "/" CFATOOL_DATA "/conformance.sha256" : options.sums;
     const bool record = !options.record.empty();
+    if (record && !options.sums.empty())
+        throw Trouble("cfatool conformance: --record makes new sums and takes no --sums");
     const Sums recorded = record ? Sums() : read_sums(recorded_path);
     if (access(tool.c_str(), X_OK) != 0)
         throw errno_trouble(tool);
@@ -187,8 +189,7 @@ void add_conformance(CLI::App &program, int &status) {
     app->add_option("--sums", options->sums, "The recorded sums (those installed with this program)")
         ->type_name("FILE");
     app->add_option("--record", options->record, "Record the sums of this tool instead of checking them")
-        ->type_name("FILE")
-        ->excludes("--sums");
+        ->type_name("FILE");
     app->footer("Example: cfatool conformance --tool ./cfa_cmodel\n"
                 "Every case runs with and without debug images. Needs neither network nor other files.\n"
                 "Exit status: 0 all bytes as recorded, 1 some are not, 2 trouble.");

@@ -48,8 +48,8 @@ struct State {
     std::string previous; // key that an indented line continues, "" for none
 };
 
-void set_value(IniLine &line, const std::string &text, size_t from) {
-    const size_t end = find_stop(text, from, "");
+/// The value between two places of the text, without the blanks around it.
+void set_value(IniLine &line, const std::string &text, size_t from, size_t end) {
     const size_t begin = skip_blanks(text, from, end);
     // Of an empty value the place right behind the separator counts.
     line.value_at = begin == end ? from : begin;
@@ -64,7 +64,7 @@ void read_line(IniLine &line, const std::string &text, size_t start, bool indent
     } else if (indented && !state.previous.empty()) {
         line.kind = Kind::continuation;
         line.name = state.previous;
-        set_value(line, text, start);
+        set_value(line, text, start, text.size()); // no comment ends it
     } else if (text[start] == '[') {
         const size_t close = find_stop(text, start + 1, "]");
         line.kind = close < text.size() && text[close] == ']' ? Kind::section : Kind::unread;
@@ -76,7 +76,7 @@ void read_line(IniLine &line, const std::string &text, size_t start, bool indent
         if (line.kind == Kind::setting) {
             line.name = text.substr(start, trimmed_end(text, start, separator) - start);
             state.previous = line.name.substr(0, NAME_SIZE);
-            set_value(line, text, separator + 1);
+            set_value(line, text, separator + 1, find_stop(text, separator + 1, ""));
         }
     }
     line.section = state.section;

@@ -2,9 +2,9 @@
 //
 // The parser's rules: ; and # begin a comment line, ; behind white space an inline comment. The section name
 // ends at the first ], cut at 49 characters, blanks kept. A key ends at the first = or :. A line that begins
-// with white space continues the key above it, whatever it holds: its text is one more value of that key, cut
-// at 49 characters. Lines without separator or without ] are passed over. A line ends at a NUL. A byte-order
-// mark on line 1 is skipped.
+// with white space continues the key above it, whatever it holds: all of it, comment and all, is one more
+// value of that key, whose name is cut at 49 characters. Lines without separator or without ] are passed
+// over. A line ends at a NUL. A byte-order mark on line 1 is skipped.
 #pragma once
 
 #include <string>
@@ -20,7 +20,7 @@ struct IniLine {
     Kind kind = Kind::nothing;
     std::string section; // in force behind this line
     std::string name;    // setting and continuation: the key
-    std::string value;   // setting and continuation: without comment and surrounding blanks
+    std::string value;   // setting and continuation: as the parser hands it on
     size_t value_at = 0; // place of the value in the text
 };
 

@@ -71,8 +71,12 @@ std::string set_register(const std::string &bytes, const std::string &assignment
             end_of_section = i + 1;
     }
     if (in_force != nullptr) {
-        const bool touches = in_force->value.empty() && in_force->kind == IniLine::Kind::setting;
-        in_force->text.replace(in_force->value_at, in_force->value.size(), (touches ? " " : "") + a.value);
+        const bool continues =
+            in_force->kind == IniLine::Kind::continuation; // up to a blank: a comment may follow
+        const bool touches = in_force->value.empty();      // the separator
+        const size_t size = continues ? in_force->value.find_first_of(" \t\v\f\r") : std::string::npos;
+        in_force->text.replace(in_force->value_at, std::min(size, in_force->value.size()),
+                               (touches ? " " : "") + a.value);
     } else if (end_of_section > 0) {
         insert(lines, end_of_section, {a.key + " = " + a.value});
     } else {

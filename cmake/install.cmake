@@ -1,0 +1,43 @@
+# What `cmake --install` adds to the programs: library, headers, pkg-config file, man pages, completion, data.
+install(TARGETS cfa_common cfa_model ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+
+# Headers keep their tree, so that they find each other: #include "cmodel/cfa/src/cfa_hw.h".
+foreach(header
+    log/log.h
+    cmodel/common/color_id.h cmodel/common/curve.h cmodel/common/frame.h cmodel/common/ini_file.h
+    cmodel/common/ppm.h cmodel/common/register_block.h
+    cmodel/cfa/src/cfa_hw.h cmodel/cfa/src/stages.h
+    cmodel/cfa/src/kit/debug_image.h cmodel/cfa/src/kit/fixed_point.h
+    cmodel/cfa/src/reg_parse/cfa_reg.h
+    cmodel/cfa/src/reg_parse/cfa_reg_hw_def.inc cmodel/cfa/src/reg_parse/cfa_reg_sw_def.inc
+    cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h
+    cmodel/cmodel_top/src/reg_parse/cmodel_top_reg_hw_def.inc
+    cmodel/cmodel_top/src/reg_parse/cmodel_top_reg_sw_def.inc)
+  get_filename_component(folder "${header}" DIRECTORY)
+  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/cfa_cmodel/${folder}")
+endforeach()
+
+# The pkg-config file finds the rest from its own place: an installed tree may be moved.
+set(pc_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+file(RELATIVE_PATH prefix_from_pc "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
+foreach(kind LIBDIR INCLUDEDIR)
+  string(TOLOWER "pc_${kind}" variable)
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_${kind}}")
+    set(${variable} "${CMAKE_INSTALL_${kind}}")
+  else()
+    set(${variable} "\${prefix}/${CMAKE_INSTALL_${kind}}")
+  endif()
+endforeach()
+configure_file("${CMAKE_SOURCE_DIR}/cmake/cfa_cmodel.pc.in" "${CMAKE_BINARY_DIR}/cfa_cmodel.pc" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/cfa_cmodel.pc" DESTINATION "${pc_folder}")
+
+install(FILES docs/man/cfa_cmodel.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+install(FILES samples/cfa.ini samples/cmodel_top.ini DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel/samples")
+install(FILES examples/testbench.cpp DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel/examples")
+install(FILES docs/registers.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+if(CFA_BUILD_TOOLS)
+  install(FILES docs/man/cfatool.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(FILES tools/cfatool/cfatool.bash RENAME cfatool
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
+  install(FILES tests/data/conformance.sha256 DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel" OPTIONAL)
+endif()

@@ -1,0 +1,95 @@
+#include <doctest/doctest.h>
+#include <regex>
+#include <set>
+
+#include "tests/tools/tool_support.h"
+
+namespace {
+
+/// Words of a text that match, without --help and --version, which every program has.
+std::set<std::string> words(const std::string &text, const std::string &pattern) {
+    std::set<std::string> found;
+    const std::regex word(pattern);
+    for (std::sregex_iterator match(text.begin(), text.end(), word), end; match != end; ++match)
+        found.insert((*match)[1]);
+    for (const char *everywhere : {"--help", "-h", "--version"})
+        found.erase(everywhere);
+    return found;
+}
+
+/// Subcommands as the program's help lists them, those of regs by both words.
+std::set<std::string> subcommands() {
+    const auto listed = [](const std::vector<std::string> &args) {
+        const std::string help = cfatool_run(args).out;
+        return words(help.substr(help.find("Subcommands:")), "\n  ([a-z]+) ");
+    };
+    std::set<std::string> names = listed({"--help"});
+    CHECK(names.erase("regs") == 1);
+    for (const std::string &name : listed({"regs", "--help"}))
+        names.insert("regs " + name);
+    return names;
+}
+
+Outcome help_of(const std::string &subcommand) {
+    std::vector<std::string> args = {subcommand, "--help"};
+    if (subcommand.substr(0, 5) == "regs ")
+        args = {"regs", subcommand.substr(5), "--help"};
+    return cfatool_run(args);
+}
+
+std::set<std::string> options_of(const std::string &subcommand) {
+    return words(help_of(subcommand).out, "\n  (-o|--[a-z-]+)");
+}
+
+/// What bash offers for these words.
+std::set<std::string> completed(const std::string &line) {
+    const std::string script =
+        "source '" + source_root() + "/tools/cfatool/cfatool.bash'; COMP_WORDS=('" + std::getenv("CFATOOL") +
+        "' " + line +
+        "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _cfatool; printf '%s\\n' \"${COMPREPLY[@]}\"";
+    const Outcome outcome = run_program({"/bin/bash", "-c", script});
+    CHECK(outcome.err.empty());
+    return words(outcome.out, "([^\n]+)\n");
+}
+
+} // namespace
+
+TEST_CASE("the manual page, the completion and the help know the same subcommands and options") {
+    std::string manual =
+        std::regex_replace(read_file(source_root() + "/docs/man/cfatool.1"), std::regex("\\\\-"), "-");
+    std::set<std::string> sections, completions = completed("''");
+    for (const std::string &name : words(manual, "\n\\.SS ((?:regs )?[a-z]+)"))
+        sections.insert(name);
+    CHECK(completions.erase("regs") == 1);
+    for (const std::string &name : completed("regs ''"))
+        completions.insert("regs " + name);
+    const std::set<std::string> names = subcommands();
+    CHECK(names == sections);
+    CHECK(names == completions);
+    for (const std::string &name : names) {
+        const size_t begin = manual.find("\n.SS " + name);
+        const size_t end = std::min(manual.find("\n.S", begin + 1), manual.size());
+        const std::set<std::string> options = options_of(name);
+        CHECK_MESSAGE(options == words(manual.substr(begin, end - begin), "\\s(-o|--[a-z-]+)"), name);
+        CHECK_MESSAGE(options == completed(name + " -"), name);
+        CHECK_MESSAGE(help_of(name).out.find("Example") != std::string::npos, name);
+    }
+}
+
+TEST_CASE("completion offers charts and registers of the program itself") {
+    CHECK(completed("chart zo") == std::set<std::string>{"zone-plate"});
+    CHECK(completed("regs set x.ini reg_cfa_vw") == std::set<std::string>{"reg_cfa_vw_thd="});
+    CHECK(completed("regs set x.ini reg_img_bay") == std::set<std::string>{"reg_img_bayerid="});
+    CHECK(completed("regs defaults cm") == std::set<std::string>{"cmodel_top"});
+}
+
+TEST_CASE("the manual page of cfa_cmodel names the ten arguments in the order of its usage text") {
+    const std::string manual = read_file(source_root() + "/docs/man/cfa_cmodel.1");
+    CHECK(manual.find(
+              "\n.I ini_file log_file log_level dump_dbg_img dbg_path cmodel_top_hw_ini src_raw out out_dc "
+              "out_sg\n") != std::string::npos);
+    const std::string source = read_file(source_root() + "/cmodel/cfa/src/cfa_main.cpp");
+    CHECK(source.find("ini_file log_file log_level dump_dbg_img dbg_path cmodel_top_hw_ini") !=
+          std::string::npos);
+    CHECK(source.find("src_raw out out_dc out_sg") != std::string::npos);
+}

@@ -1,0 +1,56 @@
+#!/bin/sh
+# install_test.sh BUILD SOURCE COMPILER FLAGS: installs into a scratch prefix, moves that, and uses what is there:
+# programs, manual pages, completion, and examples/testbench.cpp built against headers and library.
+set -eu
+build=$1 source=$2 compiler=$3 flags=$4
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+fail() {
+    echo "install_test: $1" >&2
+    exit 1
+}
+
+cmake --install "$build" --prefix "$scratch/first" >"$scratch/log" || fail "cmake --install: $(cat "$scratch/log")"
+mv "$scratch/first" "$scratch/moved"
+prefix=$scratch/moved
+for file in bin/cfa_cmodel bin/cfatool share/man/man1/cfa_cmodel.1 share/man/man1/cfatool.1 \
+    share/bash-completion/completions/cfatool share/cfa_cmodel/samples/cfa.ini; do
+    [ -s "$prefix/$file" ] || fail "$file is not installed"
+done
+if grep -r -l -F -e "$source" -e "$build" "$prefix" >"$scratch/paths"; then
+    case $flags in
+    *-fsanitize* | *-g*) ;; # debug information names folders
+    *) fail "a path of the build machine is in $(cat "$scratch/paths")" ;;
+    esac
+fi
+
+# The pkg-config file, read by pkg-config or, where there is none, by its few lines.
+pc=$(find "$prefix" -name cfa_cmodel.pc)
+[ -n "$pc" ] || fail "cfa_cmodel.pc is not installed"
+if command -v pkg-config >/dev/null; then
+    found=$(PKG_CONFIG_PATH=$(dirname "$pc") pkg-config --cflags --libs cfa_cmodel)
+else
+    libdir=$(dirname "$(dirname "$pc")")
+    found="-I$prefix/include/cfa_cmodel -fwrapv -L$libdir -lcfa_model -lcfa_common -linih"
+fi
+case $found in
+*-fwrapv*) ;;
+*) fail "-fwrapv is not among the compiler's flags: $found" ;;
+esac
+cp "$source/examples/testbench.cpp" "$scratch"
+cd "$scratch" # nothing of the source tree may be found by accident
+# shellcheck disable=SC2086 # words are wanted
+"$compiler" -std=c++20 -Wall -Wextra -Werror $flags testbench.cpp $found -o testbench || fail "the example does not build"
+./testbench "$prefix/share/cfa_cmodel/samples/cfa.ini" || fail "the example ends with status $?"
+./testbench none.ini 2>/dev/null && fail "the example accepts a missing INI file"
+
+# Every installed header stands on its own.
+for header in $(cd "$prefix/include/cfa_cmodel" && find . -name '*.h' | sed 's,^\./,,'); do
+    # shellcheck disable=SC2086
+    echo "#include \"$header\"" | "$compiler" -std=c++20 -fsyntax-only -x c++ $found - || fail "$header does not stand alone"
+done
+
+"$prefix/bin/cfatool" --version | grep -q '^cfatool [0-9]' || fail "cfatool --version"
+if [ -f "$source/tests/data/conformance.sha256" ]; then
+    "$prefix/bin/cfatool" conformance || fail "the installed tool does not conform"
+fi

@@ -1,0 +1,51 @@
+# Completion of cfatool for bash.
+
+# Options of a subcommand; those of regs are named by both words.
+_cfatool_options() {
+    case $1 in
+    chart) echo --list --size --bayer --bits --seed --noise --period --angle --rgb -o ;;
+    mosaic) echo --bayer --bits --noise --seed -o ;;
+    preview) echo -o --gain --false-colour --crop --zoom ;;
+    compare) echo --tolerance --crop --bayer --map --max-list --common --json ;;
+    probe) echo --window --json ;;
+    hex) echo --crop -o ;;
+    "regs defaults") echo -o ;;
+    "regs check") echo --unset --json ;;
+    "regs diff") echo --json ;;
+    "regs set") echo -o ;;
+    "regs dump") echo --from --block ;;
+    "regs doc") echo -o ;;
+    report) echo -o ;;
+    conformance) echo --tool --sums --record ;;
+    esac
+}
+
+# Words that stand at this place besides files; the program knows its charts and registers.
+_cfatool_words() {
+    case $1 in
+    "") echo chart mosaic preview compare probe hex regs report conformance --version --help ;;
+    regs) echo defaults check diff set dump doc --help ;;
+    chart) "$2" chart --list 2>/dev/null | cut -d' ' -f1 ;;
+    "regs defaults") echo cfa cmodel_top ;;
+    "regs set") for block in cfa cmodel_top; do "$2" regs defaults $block; done 2>/dev/null | sed -n 's/ = .*/=/p' ;;
+    esac
+}
+
+_cfatool() {
+    local word=${COMP_WORDS[COMP_CWORD]} command=
+    if ((COMP_CWORD > 1)); then
+        command=${COMP_WORDS[1]}
+        if [[ $command == regs ]] && ((COMP_CWORD > 2)); then
+            command="regs ${COMP_WORDS[2]}"
+        fi
+    fi
+    if [[ $word == -* && -n $command && $command != regs ]]; then
+        COMPREPLY=($(compgen -W "$(_cfatool_options "$command") --help" -- "$word"))
+        return
+    fi
+    COMPREPLY=($(compgen -W "$(_cfatool_words "$command" "${COMP_WORDS[0]}")" -- "$word"))
+    [[ ${COMPREPLY[0]} == *= ]] && compopt -o nospace 2>/dev/null
+    return 0
+}
+
+complete -o default -F _cfatool cfatool
