@@ -186,6 +186,7 @@ TEST_CASE_FIXTURE(Bench, "rows and frames: bypass, 4 x 4 patterns, contradicting
     cmodel_top_reg.hw.reg_img_bayerid = 1;
     cfa_reg.hw.reg_cfa_cmoire_pd_slp0 = -1;
     compare(picture);
+    INIT_CFA_REG("NULL");
     cfa_reg.hw.reg_cfa_enable = 0;
     for (const char *size : {"17 9", "1 1", "3 2", "0 4"})
         CHECK(compare(header(size, 4095) + samples(10, 153, 4095)).outcome.status == 0);
