@@ -22,27 +22,33 @@ missing_packages() {
     echo "$missing"
 }
 
-# Installs as root or through sudo without a password; where neither is possible, says what to run and ends with 2.
-install_missing() {
-    missing=$(missing_packages)
-    [ -n "$missing" ] || return 0
+# Installs packages as root or through sudo without a password; where neither is possible, says what to run and ends
+# with 2.
+install_packages() {
     root=
     if [ "$(id -u)" != 0 ]; then
         root="sudo -n"
         sudo -n true 2>/dev/null || root=no
     fi
     if [ "$root" = no ] || ! command -v apt-get >/dev/null; then
-        echo "Missing packages; run this and start again: sudo apt-get install -y$missing" >&2
+        echo "Missing packages; run this and start again: sudo apt-get install -y $*" >&2
         exit 2
     fi
-    echo "Installing:$missing"
+    echo "Installing: $*"
     # The lists of packages may be old or absent.
-    # shellcheck disable=SC2086 # words are wanted
     if ! $root apt-get update -qq >/dev/null ||
-        ! $root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null; then
-        echo "apt-get could not install:$missing" >&2
+        ! $root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "$@" >/dev/null; then
+        echo "apt-get could not install: $*" >&2
         exit 2
     fi
+}
+
+# Installs what the build needs and this machine lacks.
+install_missing() {
+    missing=$(missing_packages)
+    [ -n "$missing" ] || return 0
+    # shellcheck disable=SC2086 # words are wanted
+    install_packages $missing
     missing=$(missing_packages)
     [ -z "$missing" ] || { echo "Still missing after the installation:$missing" >&2; exit 2; }
 }
