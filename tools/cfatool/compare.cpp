@@ -142,7 +142,7 @@ void add_compare(CLI::App &program, int &status) {
     add_number(*app, "--tolerance", options.tolerance, 0, UINT32_MAX, "Largest difference that passes (0)");
     app->add_option("--crop", options.crop, "Only this part of the pictures")->type_name("X,Y,W,H");
     add_number(*app, "--bayer", command->bayer, 0, 15, "Name the colour of a site by this pattern id");
-    app->add_option("--map", options.map, "Paint where and how much: blue little, yellow, red much")
+    app->add_option("--map", options.map, "Paint where and how much: blue little, magenta, yellow much")
         ->type_name("FILE.png");
     add_number(*app, "--max-list", options.max_list, 0, INT32_MAX, "List up to N samples that differ (0)");
     app->add_flag("--common", command->common, "Folders: images on one side only do not count");

@@ -30,14 +30,19 @@ std::string mismatch_of(const PictureReader &a, const PictureReader &b) {
     return "";
 }
 
-/// Colour of a difference by its size in bits, out of those of the maximum: blue over yellow to red.
+/// Colour of a difference by its size in bits, out of those of the maximum: blue over magenta to yellow,
+/// never grey.
 uint32_t heat(uint32_t difference, uint32_t max) {
-    const int steps = std::max(static_cast<int>(std::bit_width(max)) - 1, 1);
-    const int step =
-        std::min(static_cast<int>(std::bit_width(difference)) - 1, steps) * 510 / steps; // 0..510
-    const int red = std::min(step, 255),
-              green = step <= 255 ? 60 + step * 160 / 255 : 220 - (step - 255) * 220 / 255;
-    return static_cast<uint32_t>(red << 16 | green << 8 | std::max(255 - step, 0));
+    constexpr int STOPS[3][3] = {{0, 80, 255}, {255, 0, 160}, {255, 240, 0}};
+    const auto bits = [](uint32_t v) { return static_cast<int>(std::bit_width(v)) - 1; };
+    const int steps = std::max(bits(max), 1);
+    const int step = std::min(bits(difference), steps) * 512 / steps; // 0..512
+    const int stop = std::min(step / 256, 1);
+    uint32_t colour = 0;
+    for (int c = 0; c < 3; ++c)
+        colour = colour << 8 | static_cast<uint32_t>(STOPS[stop][c] + (STOPS[stop + 1][c] - STOPS[stop][c]) *
+                                                                          (step - stop * 256) / 256);
+    return colour;
 }
 
 /// Paints what is equal as a dark grey picture and what differs in colours.
