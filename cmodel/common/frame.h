@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <memory>
 
-/// One image plane. Sample (y, x) of channel k is data[channels * (width * y + x) + k], a 32-bit word whatever
-/// the bit depth; planes of signed intermediates hold two's complement in the same words.
-/// Three channels are R (the colour of code-3 sites), G, B (the colour of code-0 sites).
+/// One image plane. Sample (y, x) of channel k is data[channels * (width * y + x) + k], a 32-bit word
+/// whatever the bit depth; planes of signed intermediates hold two's complement in the same words. Three
+/// channels are R (the colour of code-3 sites), G, B (the colour of code-0 sites).
 struct FRAME {
     uint32_t type;
     uint32_t format;
@@ -27,8 +27,8 @@ constexpr uint32_t FRAME_FMT_MONO = 2; // one channel
 constexpr uint32_t FRAME_FMT_RAW_RGB = 3;
 
 /// Makes a zero-filled frame with three spare zero samples behind the last, owned by the caller.
-/// Ends the process with "Unable to allocate memory" and status 1 when memory is short, when width or height is
-/// negative as a signed number, or when width x height x channels exceeds 2147483647.
+/// Ends the process with "Unable to allocate memory" and status 1 when memory is short, when width or height
+/// is negative as a signed number, or when width x height x channels exceeds 2147483647.
 FRAME *CM_NewFRAME(uint32_t type, uint32_t format, uint32_t width, uint32_t height, uint32_t channels,
                    uint32_t bit_depth);
 
@@ -61,5 +61,6 @@ inline uint32_t &sample(FRAME *frame, int y, int x, int c = 0) {
 
 /// Sample (y, x) of channel c, read as the signed 32-bit number that the arithmetic works on.
 inline int32_t value(const FRAME *frame, int y, int x, int c = 0) {
-    return static_cast<int32_t>(frame->data[(static_cast<size_t>(y) * frame->width + x) * frame->channels + c]);
+    return static_cast<int32_t>(
+        frame->data[(static_cast<size_t>(y) * frame->width + x) * frame->channels + c]);
 }
