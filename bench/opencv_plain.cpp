@@ -1,6 +1,5 @@
-// A peer: OpenCV's edge-aware demosaic of a 16-bit BGGR mosaic, one thread, as its users write it. opencv_bulk is the
-// same with leaner file handling.
-// Usage: opencv_plain MOSAIC OUT
+// A peer: OpenCV's edge-aware demosaic of a 16-bit BGGR mosaic, one thread, as its users write it.
+// opencv_bulk is the same with leaner file handling. Usage: opencv_plain MOSAIC OUT
 #include <cstdio>
 
 #include <opencv2/imgcodecs.hpp>
@@ -18,6 +17,7 @@ int main(int argc, char **argv) {
         return 1;
     }
     cv::Mat bgr;
-    cv::cvtColor(mosaic, bgr, cv::COLOR_BayerRG2BGR_EA); // named there by the second row's second and third site
+    cv::cvtColor(mosaic, bgr,
+                 cv::COLOR_BayerRG2BGR_EA); // named there by the second row's second and third site
     return cv::imwrite(argv[2], bgr) ? 0 : 1;
 }
