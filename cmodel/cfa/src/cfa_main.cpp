@@ -72,16 +72,20 @@ void open_standard_descriptors() {
             std::exit(1);
 }
 
-// A size limit on files and memory that runs out end in a line and a status, not in a signal.
+// A size limit on files, a reader that goes away and memory that runs out end in a line and a status, not in
+// a signal.
 void prepare_process() {
     open_standard_descriptors();
     std::set_new_handler(CM_AllocationError);
     std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 std::FILE *open_log(const char *path, int level) {
     std::FILE *const log_file = std::fopen(path, "a");
     if (log_file == nullptr) {
+        if (errno == ENOMEM)
+            CM_AllocationError();
         std::fprintf(stderr, "Unable to open log file '%s'\n", path);
         std::exit(1);
     }
