@@ -1,7 +1,8 @@
-// The companion program's picture reader on any bytes: what it accepts, the model's reader accepts with the
-// same samples, as long as it is a P5 picture.
+// The companion program's picture reader on any bytes: whole rows, or one line of trouble that names the
+// file.
 
-#include "cmodel/common/ppm.h"
+#include <algorithm>
+
 #include "cmodel/common/ppm_stream.h"
 #include "tests/fuzz/fuzz_support.h"
 #include "tools/cfatool/picture_compare.h"
@@ -15,7 +16,7 @@ bool read_all(const std::string &path, cfatool::PictureInfo &info, std::vector<u
     try {
         cfatool::PictureReader reader(path);
         info = reader.info();
-        if (int64_t{info.width} * info.height > FUZZ_PIXELS)
+        if (std::max<int64_t>(1, info.width) * info.height > FUZZ_PIXELS)
             return false;
         for (int y = 0; y < info.height; y++) {
             std::vector<uint32_t> row;
@@ -33,17 +34,16 @@ bool read_all(const std::string &path, cfatool::PictureInfo &info, std::vector<u
     }
 }
 
-// The header that the model's reader sees.
-PpmHeader model_header(const std::string &path) {
+// Where the model's reader takes the picture, it sees the same size. It does not take every maximum value.
+void check_size(const std::string &path, const cfatool::PictureInfo &info) {
     PpmHeader header{};
     const int status = run_refusable([&] {
         PpmReader reader(path.c_str());
         header = reader.header();
         reader.close();
     });
-    if (status != 0)
-        fuzz_failure("the model's reader refuses it");
-    return header;
+    if (status == 0 && (header.width != info.width || header.height != info.height))
+        fuzz_failure("the model's reader sees another size");
 }
 
 } // namespace
@@ -56,11 +56,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (!read_all(path, info, samples))
         return 0;
     // The model's reader knows comments behind the first line only, and no number on that line.
-    if (bytes.compare(0, 3, "P5\n") == 0 && bytes.find('#') == std::string::npos) {
-        const PpmHeader header = model_header(path);
-        if (header.width != info.width || header.height != info.height)
-            fuzz_failure("the model's reader sees another size");
-    }
+    if (bytes.compare(0, 3, "P5\n") == 0 && bytes.find('#') == std::string::npos)
+        check_size(path, info);
     if (!samples.empty() && !cfatool::compare_pictures(path, path, {}).equal())
         fuzz_failure("a picture differs from itself");
     return 0;

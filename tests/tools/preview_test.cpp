@@ -126,6 +126,7 @@ TEST_CASE("a part of two pictures side by side, enlarged, and the same bytes eac
 TEST_CASE("malformed pictures are named with the reason") {
     CHECK(complaint("") == "not a P5 or P6 picture");
     CHECK(complaint("P4\n2 1\n") == "not a P5 or P6 picture");
+    CHECK(complaint("P52 1\n255\nab") == "not a P5 or P6 picture");
     CHECK(complaint("P5\n") == "no width in the header");
     CHECK(complaint("P5\n2 -1\n255\nab") == "no height in the header");
     CHECK(complaint("P5\n2 1 # max\n") == "no maximum value in the header");
@@ -137,4 +138,5 @@ TEST_CASE("malformed pictures are named with the reason") {
     CHECK(complaint("P5\n2 1\n255") == "no white space behind the maximum value");
     CHECK(complaint("P5\n2 1\n255\nabc") == "bytes follow the last sample");
     CHECK(complaint("P5\n0 1\n255\n") == "a picture of no pixels has no preview");
+    CHECK(complaint("P5\n2147483647 0\n255\n") == "a picture of no pixels has no preview");
 }

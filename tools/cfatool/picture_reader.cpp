@@ -54,7 +54,8 @@ PictureReader::PictureReader(const std::string &path)
     if (left >= 0 && left < need)
         throw file_trouble(path, "cut short: " + std::to_string(left) + " bytes of samples, " +
                                      std::to_string(need) + " expected");
-    buffer_.resize(info_.row_samples() * info_.bytes);
+    if (info_.height > 0) // the width of a picture without rows may be anything
+        buffer_.resize(info_.row_samples() * info_.bytes);
 }
 
 /// Bytes from here to the end of a regular file, -1 for any other.
@@ -84,8 +85,10 @@ void PictureReader::read_header() {
     if (p == EOF && std::ferror(stream_.get()))
         throw errno_trouble(path_);
     const int kind = std::fgetc(stream_.get());
-    if (p != 'P' || (kind != '5' && kind != '6'))
+    const int behind = std::fgetc(stream_.get());
+    if (p != 'P' || (kind != '5' && kind != '6') || !(is_space(behind) || behind == '#'))
         throw file_trouble(path_, "not a P5 or P6 picture");
+    std::ungetc(behind, stream_.get());
     info_.channels = kind == '5' ? 1 : 3;
     const uint64_t width = header_number("width");
     const uint64_t height = header_number("height");
