@@ -116,6 +116,7 @@ TEST_CASE("curves and limits") {
     check_one("[cfa]\nreg_cfa_ymoire_edge_slope = -1\n", "2: curve ymoire_edge: ");
     check_one("[cfa]\nreg_cfa_ymoire_lut_low = 257\n", "2: curve ymoire_lut: "); // now falls from 257 to 256
     CHECK(findings("[cfa]\nreg_cfa_ymoire_edge_slope = 1\nreg_cfa_ymoire_edge_th = 3\n").empty());
+    CHECK(findings("[cfa]\nreg_cfa_shpn_min_gain = 2048\n").empty());
     check_one("[cfa]\nreg_cfa_shpn_min_gain = 2049\n",
               "2: reg_cfa_shpn_min_gain = 2049 is above reg_cfa_shpn_max_gain = 2048");
 }
