@@ -1,5 +1,7 @@
 // The floor under every whole run: reads a mosaic and writes as many bytes as the block's three outputs, in
-// bulk, and computes nothing. Usage: files_only MOSAIC OUT OUT_DC OUT_SG
+// bulk, and computes nothing.
+//
+// Usage: files_only MOSAIC OUT OUT_DC OUT_SG
 #include <vector>
 
 #include "bench/whole_file.h"

@@ -1,6 +1,7 @@
 // A peer: OpenCV's edge-aware demosaic of a 16-bit BGGR mosaic, one thread, as lean as it can be had: files
-// in bulk, bytes swapped in place, none of the library's readers and writers loaded. Usage: opencv_bulk
-// MOSAIC OUT
+// in bulk, bytes swapped in place, none of the library's readers and writers loaded.
+//
+// Usage: opencv_bulk MOSAIC OUT
 #include <cctype>
 #include <cstdint>
 #include <cstring>

@@ -1,5 +1,7 @@
 // A peer: OpenCV's edge-aware demosaic of a 16-bit BGGR mosaic, one thread, as its users write it.
-// opencv_bulk is the same with leaner file handling. Usage: opencv_plain MOSAIC OUT
+// opencv_bulk is the same with leaner file handling.
+//
+// Usage: opencv_plain MOSAIC OUT
 #include <cstdio>
 
 #include <opencv2/imgcodecs.hpp>
