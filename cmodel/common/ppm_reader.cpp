@@ -57,7 +57,9 @@ uint32_t ppm_bit_depth(int32_t max_value) {
     return static_cast<uint32_t>(std::bit_width(static_cast<uint32_t>(max_value) - 1));
 }
 
-PpmReader::PpmReader(const char *path) : path_(path), block_(BLOCK_BYTES), stream_(CM_Fopen(path, "rb")) {
+PpmReader::PpmReader(const char *path)
+    : path_(path), block_(std::make_unique_for_overwrite<uint8_t[]>(BLOCK_BYTES)),
+      stream_(CM_Fopen(path, "rb")) {
     if (stream_ == nullptr) {
         std::fprintf(stderr, "Unable to open file '%s'\n", path);
         std::exit(1);
@@ -129,9 +131,9 @@ void PpmReader::read(uint32_t *samples, size_t count) {
     }
     const size_t size = static_cast<size_t>(sample_bytes_);
     while (count > 0) {
-        const size_t wanted = std::min(count, block_.size() / size);
-        const size_t present = read_bytes(block_.data(), wanted * size);
-        convert(block_.data(), present, samples, wanted);
+        const size_t wanted = std::min(count, BLOCK_BYTES / size);
+        const size_t present = read_bytes(block_.get(), wanted * size);
+        convert(block_.get(), present, samples, wanted);
         samples += wanted;
         count -= wanted;
     }

@@ -3,8 +3,8 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
-#include <vector>
 
 struct PpmHeader {
     int32_t width;
@@ -57,7 +57,7 @@ class PpmReader {
     [[noreturn]] void fail(const char *what);
 
     std::string path_;
-    std::vector<uint8_t> block_;
+    std::unique_ptr<uint8_t[]> block_; // not cleared: a small picture touches little of it
     std::FILE *stream_;
     PpmHeader header_{};
     int sample_bytes_ = 0;
@@ -86,7 +86,7 @@ class PpmWriter {
     void flush();
 
     std::string path_;
-    std::vector<uint8_t> block_;
+    std::unique_ptr<uint8_t[]> block_; // not cleared: a small picture touches little of it
     std::FILE *stream_;
     int sample_bytes_;
     size_t filled_ = 0;

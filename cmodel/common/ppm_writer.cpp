@@ -44,21 +44,21 @@ std::string ppm_header_text(char kind, uint32_t width, uint32_t height, uint32_t
 }
 
 PpmWriter::PpmWriter(const char *path, char kind, uint32_t width, uint32_t height, uint32_t bit_depth)
-    : path_(path), block_(BLOCK_BYTES), stream_(CM_Fopen(path, "wb")),
-      sample_bytes_(ppm_sample_bytes(bit_depth)) {
+    : path_(path), block_(std::make_unique_for_overwrite<uint8_t[]>(BLOCK_BYTES)),
+      stream_(CM_Fopen(path, "wb")), sample_bytes_(ppm_sample_bytes(bit_depth)) {
     if (stream_ == nullptr) {
         std::fprintf(stderr, "Unable to open file '%s'\n", path);
         std::exit(1);
     }
     const std::string text = ppm_header_text(kind, width, height, bit_depth);
-    std::copy(text.begin(), text.end(), block_.begin());
+    std::copy(text.begin(), text.end(), block_.get());
     filled_ = text.size();
 }
 
 void PpmWriter::write(const uint32_t *samples, size_t count) {
     const size_t size = static_cast<size_t>(sample_bytes_);
     while (count > 0) {
-        const size_t fitting = std::min(count, (block_.size() - filled_) / size);
+        const size_t fitting = std::min(count, (BLOCK_BYTES - filled_) / size);
         pack_samples(sample_bytes_, samples, &block_[filled_], fitting);
         filled_ += fitting * size;
         samples += fitting;
@@ -74,7 +74,7 @@ void PpmWriter::write_bytes(const void *bytes, size_t size) {
 }
 
 void PpmWriter::flush() {
-    image_write(stream_, path_.c_str(), block_.data(), filled_);
+    image_write(stream_, path_.c_str(), block_.get(), filled_);
     filled_ = 0;
 }
 

@@ -81,11 +81,12 @@ void write_all(const char *path, const PpmHeader &header, const void *bytes, siz
 }
 
 template <class Word> void write_gain_of_one(const char *path, const WordStore &store) {
-    const std::vector<Word> block(BLOCK_BYTES / sizeof(Word), file_order(static_cast<Word>(GAIN_OF_ONE)));
+    const size_t block_bytes = std::min(store.size(), BLOCK_BYTES);
+    const std::vector<Word> block(block_bytes / sizeof(Word), file_order(static_cast<Word>(GAIN_OF_ONE)));
     std::optional<PpmWriter> writer;
     open_output(writer, path, '5', store.header());
     for (size_t left = store.size(); left > 0;) {
-        const size_t size = std::min(left, BLOCK_BYTES);
+        const size_t size = std::min(left, block_bytes);
         writer->write_bytes(block.data(), size);
         left -= size;
     }
