@@ -86,6 +86,18 @@ void check_error(const Outcome &outcome, const std::string &line) {
     CHECK(outcome.out == "");
 }
 
+void check_waits(const Job &job, const std::string &path, const std::function<void()> &prepare) {
+    Outcome outcome;
+    for (const int milliseconds : {150, 1500, 10000}) { // longer where a start takes its time
+        outcome = job.run(milliseconds, prepare);
+        if (outcome.out != "")
+            break;
+    }
+    CHECK(outcome.status == 124);
+    CHECK(outcome.out == "wait pre frame ready " + path + "\n");
+    CHECK(outcome.err == "");
+}
+
 void check_silent(const Outcome &outcome) {
     CHECK(outcome.status == 0);
     CHECK(outcome.err == "");

@@ -10,8 +10,10 @@
 
 /// Whether the programs under test carry the address sanitizer: no preloading, no limit on addresses, and
 /// slow to start.
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__)
 constexpr bool SANITIZED = true;
+#elif defined(__has_feature)
+constexpr bool SANITIZED = __has_feature(address_sanitizer);
 #else
 constexpr bool SANITIZED = false;
 #endif
@@ -32,7 +34,7 @@ class Thin {
     int at_ = 0;
 };
 
-/// Width and height as text, and random samples below the maximum value.
+/// A P5 picture of random samples below the maximum value.
 std::string mosaic(int width, int height, int64_t max_value, uint32_t seed);
 
 /// Positions of the arguments, argv[0] being the tool.
@@ -65,12 +67,15 @@ class Job {
     std::vector<std::string> args;
 };
 
-/// A job in whole frames, to which debug images lead, with every stage at work.
+/// Registers that put every stage to work.
 std::string all_stages_ini();
 
 /// Fails the test unless the run ended with status 1, one line on standard error and nothing on standard
 /// output.
 void check_error(const Outcome &outcome, const std::string &line);
+
+/// Fails the test unless the tool waits for this path: its line is there at once, and no end.
+void check_waits(const Job &job, const std::string &path, const std::function<void()> &prepare = {});
 
 /// Fails the test unless the run ended with status 0 and without a word.
 void check_silent(const Outcome &outcome);

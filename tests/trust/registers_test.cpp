@@ -65,7 +65,9 @@ TEST_CASE("random bytes set nothing; settings before them stay") {
         write_file(job.args[TOP_INI], bytes);
         check_silent(job.run());
         CHECK(job.outputs() == defaults);
-        write_file(job.args[INI], "[cfa]\nreg_cfa_enable = 0\n" + bytes);
+        // The section ends continuation: a random line with a blank in front would be a value for the key
+        // above.
+        write_file(job.args[INI], "[cfa]\nreg_cfa_enable = 0\n[random]\n" + bytes);
         check_silent(job.run());
         CHECK(job.outputs() == bypassed);
     }
@@ -93,7 +95,8 @@ TEST_CASE("NULs, UTF-16, byte-order marks, old line ends") {
         {std::string(100000, '\0') + "\n" + text, "7"},
     };
     for (const auto &[bytes, value] : cases) {
-        INFO(bytes.substr(0, 60));
+        const std::string start = bytes.substr(0, 60);
+        INFO(start);
         run_with(job, bytes);
         CHECK(logged(job, "reg_cfa_gsig_tol") == value);
     }
@@ -186,7 +189,7 @@ TEST_CASE("an INI file of 100 MB takes no memory: one comment, one value, settin
         job.args[LEVEL] = "1";
         std::filesystem::remove(job.args[LOG]);
         const long used = memory_used(job);
-        CHECK(used < small + 1500);
+        CHECK(used < small + (SANITIZED ? 30000 : 1500));
         CHECK(logged(job, "reg_cfa_enable") == "0");
         CHECK(logged(job, "reg_cfa_gsig_tol") == (piece == "0" || piece == settings ? "7" : "32"));
         if (SANITIZED)
