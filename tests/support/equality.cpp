@@ -27,14 +27,22 @@ int32_t any_magnitude(Noise &noise, int32_t low, int32_t high) {
     return std::clamp(noise.in(0, 1) != 0 ? -v : v, low, high);
 }
 
+// Products of such values meet their thresholds and halves exactly.
+int32_t round_number(Noise &noise, int32_t low, int32_t high) {
+    const int32_t v = noise.in(1, 3) << noise.in(0, 15);
+    return std::clamp(noise.in(0, 1) != 0 ? -v : v, low, high);
+}
+
 int32_t draw_value(Noise &noise, int32_t low, int32_t high) {
-    switch (noise.in(0, 5)) {
+    switch (noise.in(0, 6)) {
     case 0:
         return noise.in(0, 1) != 0 ? low : high;
     case 1:
         return std::clamp(noise.in(0, 1) != 0 ? low + 1 : high - 1, low, high);
     case 2:
         return any_magnitude(noise, low, high);
+    case 3:
+        return round_number(noise, low, high);
     default:
         return noise.in(low, high);
     }
@@ -71,6 +79,8 @@ const Fill fills[] = {
     {"0 or 4095", [](Noise &n, int, int, const int32_t *) { return n.in(0, 1) * 4095; }},
     {"impulses",
      [](Noise &n, int, int, const int32_t *d) { return n.in(0, 20) == 0 ? n.in(0, 4095) : d[0]; }},
+    {"round numbers",
+     [](Noise &n, int, int, const int32_t *d) { return bounded(n.in(0, 2 + d[0] % 7) << d[1] % 11); }},
     {"checker", [](Noise &, int y, int x, const int32_t *d) { return (x + y) % 2 != 0 ? d[0] : d[1]; }},
     {"full checker", [](Noise &, int y, int x, const int32_t *) { return (x + y) % 2 * 4095; }},
     {"flat colors", [](Noise &, int y, int x, const int32_t *d) { return d[y % 2 * 2 + x % 2]; }},
