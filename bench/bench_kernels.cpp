@@ -78,8 +78,9 @@ const Kernel kernels[] = {
     {"choose_within", 3, [](BenchRows &r, const EngineSettings &) {
          choose_within(r.in(0), r.in(1), r.direction(), r.weights(), r.in(2), r.in(3), r.out(0), n); }},
     {"binomial_3x3", 16, [](BenchRows &r, const EngineSettings &) { binomial_3x3(r.sight<1>(), r.out(0), n); }},
+    {"sum_of_steps", 4, [](BenchRows &r, const EngineSettings &) { sum_of_steps(r.five(0), r.out(0), n); }},
     {"gradient_sum", 2, [](BenchRows &r, const EngineSettings &) {
-         gradient_sum(r.sight<2>(), r.sight<2>(5), r.wide_out(), n); }},
+         gradient_sum(r.five(0), r.five(5), r.wide_out(), n); }},
     {"luma_moire_weight", 2, [](BenchRows &r, const EngineSettings &s) {
          luma_moire_weight({{r.in(0), r.in(1), r.in(2)}, {r.in(3), r.in(4), r.in(5)}}, r.variance(0), s.luma,
                            r.out(0), n); }},

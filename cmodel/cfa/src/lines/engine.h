@@ -95,6 +95,7 @@ class LineEngine {
     Lines extreme_max_[3] = {lines(4), lines(4), lines(4)}, extreme_min_[3] = {lines(4), lines(4), lines(4)};
     Lines luma_weight_ = lines(2),
           range_rows_[6] = {lines(1), lines(1), lines(1), lines(1), lines(1), lines(1)};
+    Lines column_steps_ = lines(1), row_steps_ = lines(5); // of green_h down, of green_v along the row
     LineBuffer<int32_t> gradient_{width_, height_, 1};
     Lines color_distance_ = lines(3), column_sum_ = lines(1), spread_ = lines(1), edge_ = lines(3);
     Lines first_v_ = lines(1), phase_ = lines(2), widest_ = lines(1), mix_ = lines(1), pull_ = lines(1);

@@ -11,6 +11,8 @@ void LineEngine::find_extremes(int y) {
     };
     extremes_at_red_blue(sight<2>(raw_, y, c), extremes(own, c), extremes(1, c), extremes(other, c), n_);
     extremes_at_green(sight<2>(raw_, y, g), extremes(own, g), extremes(1, g), extremes(other, g), n_);
+    for (int parity = 0; parity < 2; parity++)
+        sum_of_steps(along_row(green_v_, y, parity), row_steps_.write(y, parity), n_);
     for (int k = 0; k < 3; k++) {
         extreme_max_[k].mirror(y);
         extreme_min_[k].mirror(y);
@@ -18,6 +20,9 @@ void LineEngine::find_extremes(int y) {
 }
 
 void LineEngine::weigh_luma_moire(int y) {
+    for (int parity = 0; parity < 2; parity++)
+        sum_of_steps(along_column(green_h_, y, parity), column_steps_.write(0, parity), n_);
+    column_steps_.mirror(0);
     for (int parity = 0; parity < 2; parity++) {
         ThreeRanges ranges{};
         for (int k = 0; k < 3; k++) {
@@ -28,8 +33,8 @@ void LineEngine::weigh_luma_moire(int y) {
             ranges.max[k] = max;
             ranges.min[k] = min;
         }
-        gradient_sum(sight<2>(green_h_, y, parity), sight<2>(green_v_, y, parity), gradient_.write(0, parity),
-                     n_);
+        gradient_sum(along_row(column_steps_, 0, parity), along_column(row_steps_, y, parity),
+                     gradient_.write(0, parity), n_);
         luma_moire_weight(ranges, gradient_.half(0, parity), settings_.luma, luma_weight_.write(y, parity),
                           n_);
     }

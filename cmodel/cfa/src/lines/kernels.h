@@ -139,8 +139,13 @@ struct LumaMoireSettings {
 struct ThreeRanges {
     const Sample *max[3], *min[3]; // low-passed; green is 1
 };
-/// Largest of the two gradient sums over 5 x 5 green predictions, as 0..81900.
-void gradient_sum(Sight<2> green_h, Sight<2> green_v, int32_t *out, int n);
+/// The four steps between five green predictions in a line, 0..16380.
+void sum_of_steps(FiveSamples green, Sample *sum, int n);
+/// The larger of the two gradient sums over 5 x 5 green predictions, 0..81900.
+///   columns  vertical steps of green_h, five columns along the row
+///   rows     horizontal steps of green_v, five rows down the column
+/// Kept: vertical steps are those of the horizontal prediction, horizontal steps those of the vertical one.
+void gradient_sum(FiveSamples columns, FiveSamples rows, int32_t *out, int n);
 void luma_moire_weight(ThreeRanges ranges, const int32_t *gradient, LumaMoireSettings settings,
                        Sample *weight, int n);
 void average_luma(const Sample *red, const Sample *green, const Sample *blue, Sample *luma, int n);

@@ -1,28 +1,21 @@
 #include "cmodel/cfa/src/lines/curve.h"
 #include "cmodel/cfa/src/lines/kernels.h"
 
-// Kept: vertical differences of the horizontal prediction, horizontal differences of the vertical one.
-CFA_KERNEL void gradient_sum(Sight<2> green_h, Sight<2> green_v, int32_t *out, int n) {
+CFA_KERNEL void sum_of_steps(FiveSamples green, Sample *sum, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; i++)
+        sum[i] = distance(green.at[0][i], green.at[1][i]) + distance(green.at[1][i], green.at[2][i]) +
+                 distance(green.at[2][i], green.at[3][i]) + distance(green.at[3][i], green.at[4][i]);
+}
+
+CFA_KERNEL void gradient_sum(FiveSamples columns, FiveSamples rows, int32_t *out, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
-        const auto H = green_h.at(i);
-        const auto V = green_v.at(i);
-        int32_t sum_v = 0;
-        int32_t sum_h = 0;
-        const auto add_line = [&](int across) { // four differences: up to 16380
-            const Sample v = distance(H(-2, across), H(-1, across)) + distance(H(-1, across), H(0, across)) +
-                             distance(H(0, across), H(1, across)) + distance(H(1, across), H(2, across));
-            const Sample h = distance(V(across, -2), V(across, -1)) + distance(V(across, -1), V(across, 0)) +
-                             distance(V(across, 0), V(across, 1)) + distance(V(across, 1), V(across, 2));
-            sum_v += v;
-            sum_h += h;
-        };
-        add_line(-2);
-        add_line(-1);
-        add_line(0);
-        add_line(1);
-        add_line(2);
-        out[i] = largest32(sum_v, sum_h);
+        const int32_t vertical = columns.at[0][i] + columns.at[1][i] + columns.at[2][i] + columns.at[3][i] +
+                                 int32_t{columns.at[4][i]};
+        const int32_t horizontal =
+            rows.at[0][i] + rows.at[1][i] + rows.at[2][i] + rows.at[3][i] + int32_t{rows.at[4][i]};
+        out[i] = largest32(vertical, horizontal);
     }
 }
 
