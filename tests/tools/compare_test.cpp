@@ -155,6 +155,14 @@ TEST_CASE("compare refuses what it cannot read whole, with status 2 and one line
     CHECK(cfatool_run({"compare", pair.a, pair.folder.path}).status == 2);
 }
 
+TEST_CASE("any number of rows without pixels is compared at once") {
+    const TempFolder folder;
+    write_file(folder / "tall.ppm", "P5\n0 2147483647\n255\n");
+    const std::vector<std::string> args = {std::getenv("CFATOOL"), "compare", folder / "tall.ppm",
+                                           folder / "tall.ppm"};
+    CHECK(run_program(args, 5000).status == 0);
+}
+
 TEST_CASE("compare of two runs names the first stage in pipeline order, not in the order of names") {
     namespace fs = std::filesystem;
     const TempFolder folder;

@@ -124,7 +124,8 @@ Comparison compare_pictures(const std::string &a, const std::string &b, const Co
         map = std::make_unique<Map>(options.map, found);
 
     std::vector<uint32_t> row_a, row_b;
-    for (int y = 0; y < info.height; ++y) {
+    const int rows = info.width > 0 ? info.height : 0; // 2147483647 rows of no pixels are nothing to read
+    for (int y = 0; y < rows; ++y) {
         reader_a.read_row(row_a);
         reader_b.read_row(row_b);
         if (y < crop.y || y >= crop.y + crop.height)
