@@ -159,6 +159,11 @@ PictureSize small_size(uint32_t seed) {
 
 PictureSize large_size(uint32_t seed) {
     Noise noise = noise_of(seed, 1);
+    const int shape = noise.in(0, 9);
+    if (shape == 0)
+        return {16384 - noise.in(0, 3), noise.in(3, 20)};
+    if (shape == 1)
+        return {noise.in(4, 9), noise.in(2000, 9000)};
     const int width = noise.in(200, 700);
     return {width, noise.in(100, 500)};
 }

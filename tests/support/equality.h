@@ -13,7 +13,7 @@ struct PictureSize {
 
 /// Random sizes from 4 x 3 up: mostly small, some around the widths at which a half-row fills its vectors.
 PictureSize small_size(uint32_t seed);
-/// 200 x 100 to 700 x 500.
+/// 200 x 100 to 700 x 500, and some very wide or tall.
 PictureSize large_size(uint32_t seed);
 
 /// Draws both register blocks from the seed: a pattern id of 0 to 3, and values over the whole range of every
