@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "cmodel/cfa/src/kit/sharpening_table.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "cmodel/common/color_id.h"
@@ -16,22 +17,13 @@ constexpr Sample all_ones(bool condition) {
     return condition ? -1 : 0;
 }
 
-SharpeningTable sharpening_table() {
-    const auto &r = cfa_reg.hw;
-    const int32_t entries[32] = {
-        r.reg_cfa_ghp_lut00, r.reg_cfa_ghp_lut01, r.reg_cfa_ghp_lut02, r.reg_cfa_ghp_lut03,
-        r.reg_cfa_ghp_lut04, r.reg_cfa_ghp_lut05, r.reg_cfa_ghp_lut06, r.reg_cfa_ghp_lut07,
-        r.reg_cfa_ghp_lut08, r.reg_cfa_ghp_lut09, r.reg_cfa_ghp_lut10, r.reg_cfa_ghp_lut11,
-        r.reg_cfa_ghp_lut12, r.reg_cfa_ghp_lut13, r.reg_cfa_ghp_lut14, r.reg_cfa_ghp_lut15,
-        r.reg_cfa_ghp_lut16, r.reg_cfa_ghp_lut17, r.reg_cfa_ghp_lut18, r.reg_cfa_ghp_lut19,
-        r.reg_cfa_ghp_lut20, r.reg_cfa_ghp_lut21, r.reg_cfa_ghp_lut22, r.reg_cfa_ghp_lut23,
-        r.reg_cfa_ghp_lut24, r.reg_cfa_ghp_lut25, r.reg_cfa_ghp_lut26, r.reg_cfa_ghp_lut27,
-        r.reg_cfa_ghp_lut28, r.reg_cfa_ghp_lut29, r.reg_cfa_ghp_lut30, r.reg_cfa_ghp_lut31};
+SharpeningTable packed_sharpening_table() {
+    const auto entries = sharpening_table();
     SharpeningTable table{};
     for (int k = 0; k < 16; k++)
         table.word[k] = static_cast<Sample>(entries[2 * k] | entries[2 * k + 1] << 8);
     table.activity_limit =
-        static_cast<Sample>(std::min<int32_t>(r.reg_cfa_ghp_thd, 32767)); // activity is below
+        static_cast<Sample>(std::min<int32_t>(cfa_reg.hw.reg_cfa_ghp_thd, 32767)); // activity is below
     return table;
 }
 
@@ -132,7 +124,7 @@ EngineSettings read_engine_settings() {
     const auto is_green = [](uint32_t code) { return code == CODE_GB || code == CODE_GR; };
     s.first_color_parity = is_green(CM_GET_COLOR_ID(0, 0, id)) ? 1 : 0;
     s.first_color = CM_GET_COLOR_ID(0, s.first_color_parity, id) == CODE_R ? 0 : 1;
-    s.sharpening = sharpening_table();
+    s.sharpening = packed_sharpening_table();
     read_direction(s);
     read_luma_moire(s);
     read_color_moire(s);

@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/sharpening_table.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 
@@ -10,17 +11,7 @@ namespace {
 // The sharpening weight, units of 1/32, for a ratio in Q12.
 // The index is masked: the ratio of a deep picture may wrap and leave the table.
 int32_t sharpening_weight(int32_t ratio) {
-    const auto &r = cfa_reg.hw;
-    const int32_t lut[32] = {
-        r.reg_cfa_ghp_lut00, r.reg_cfa_ghp_lut01, r.reg_cfa_ghp_lut02, r.reg_cfa_ghp_lut03,
-        r.reg_cfa_ghp_lut04, r.reg_cfa_ghp_lut05, r.reg_cfa_ghp_lut06, r.reg_cfa_ghp_lut07,
-        r.reg_cfa_ghp_lut08, r.reg_cfa_ghp_lut09, r.reg_cfa_ghp_lut10, r.reg_cfa_ghp_lut11,
-        r.reg_cfa_ghp_lut12, r.reg_cfa_ghp_lut13, r.reg_cfa_ghp_lut14, r.reg_cfa_ghp_lut15,
-        r.reg_cfa_ghp_lut16, r.reg_cfa_ghp_lut17, r.reg_cfa_ghp_lut18, r.reg_cfa_ghp_lut19,
-        r.reg_cfa_ghp_lut20, r.reg_cfa_ghp_lut21, r.reg_cfa_ghp_lut22, r.reg_cfa_ghp_lut23,
-        r.reg_cfa_ghp_lut24, r.reg_cfa_ghp_lut25, r.reg_cfa_ghp_lut26, r.reg_cfa_ghp_lut27,
-        r.reg_cfa_ghp_lut28, r.reg_cfa_ghp_lut29, r.reg_cfa_ghp_lut30, r.reg_cfa_ghp_lut31};
-    return lut[(ratio >> 7) & 31];
+    return sharpening_table()[(ratio >> 7) & 31];
 }
 
 } // namespace
