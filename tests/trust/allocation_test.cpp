@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <string>
 
 #include "tests/trust/job.h"
 
@@ -59,7 +60,11 @@ class FailingJob {
 
   private:
     static void preload() {
-        setenv("LD_PRELOAD", std::getenv("CFA_FAIL_ALLOCATION"), 1);
+        // By its bare name: the list of preloaded libraries is split at blanks, the search path is not.
+        const std::string shim = std::getenv("CFA_FAIL_ALLOCATION");
+        const size_t slash = shim.rfind('/');
+        setenv("LD_LIBRARY_PATH", shim.substr(0, slash).c_str(), 1);
+        setenv("LD_PRELOAD", shim.substr(slash + 1).c_str(), 1);
         setenv("TZ", "UTC0", 1); // otherwise the zone is looked up, and memory taken, for every log record
     }
 
