@@ -34,7 +34,7 @@
               "////////////////////////////////");
     for (int i = 0; i < argc; i++)
         std::printf("argv[%d]: %s\n", i, argv[i]);
-    std::puts("/////////////////////////////////"); // kept: one more than above
+    std::puts("/////////////////////////////////"); // Kept: one more than above
     std::printf("Press any key to exit...");
     std::fflush(stdout);
     std::getchar();

@@ -46,7 +46,7 @@ FramePtr widened(const FRAME *edge_wt) {
 FramePtr smoothed_mix(const FRAME *pd_wt, const FRAME *edge_wt, const FRAME *edge_max) {
     FramePtr mix = plane_like(pd_wt, FRAME_TYPE_IMG, 1, 16);
     FramePtr out = plane_like(pd_wt, FRAME_TYPE_IMG, 1, 16);
-    Window<0, 1> P(mix.get());
+    Window<0, 1> P(mix.get()); // looks only along rows that are complete
     for (int y = 0; y < static_cast<int>(pd_wt->height); y++) {
         for (int x = 0; x < static_cast<int>(pd_wt->width); x++) {
             const int32_t pd = value(pd_wt, y, x);

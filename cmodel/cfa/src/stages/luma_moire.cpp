@@ -39,10 +39,10 @@ int32_t output_weight(int32_t x) {
 int32_t gradient_sum(const Window<2> &gh, const Window<2> &gv) {
     int32_t sum_v = 0;
     int32_t sum_h = 0;
-    for (int along = -2; along <= 1; along++) {
-        for (int across = -2; across <= 2; across++) {
-            sum_v += magnitude(gh(along, across) - gh(along + 1, across));
-            sum_h += magnitude(gv(across, along) - gv(across, along + 1));
+    for (int step = -2; step <= 1; step++) {
+        for (int line = -2; line <= 2; line++) {
+            sum_v += magnitude(gh(step, line) - gh(step + 1, line));
+            sum_h += magnitude(gv(line, step) - gv(line, step + 1));
         }
     }
     return std::max(sum_v, sum_h);
