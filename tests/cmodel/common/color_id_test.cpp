@@ -17,9 +17,6 @@ TEST_CASE("2 x 2 patterns: blue and red on a diagonal, each with its green besid
                 INFO("id ", id, " row ", row, " col ", col);
                 CHECK(CM_GET_COLOR_ID(row, col, id) == want);
             }
-    CHECK(CM_GET_COLOR_ID(1, 0, 0) == 2);
-    CHECK(CM_GET_COLOR_ID(0, 1, 3) == 2);
-    CHECK(CM_GET_COLOR_ID(5, 6, 1) == 3);
 }
 
 TEST_CASE("4 x 4 patterns: eight shifts of one pattern") {

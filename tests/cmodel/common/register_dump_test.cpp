@@ -18,17 +18,6 @@ const std::string top_section =
     "reg_rccb_enable = 0\nreg_radial_crop_enable = 0\nreg_img_width = 1920\n"
     "reg_img_height = 1080\nreg_af_raw0yuv1 = 0\n";
 
-// The file after a dump of the top-level block, at its defaults, into one with this text.
-std::string dumped_into(const std::string &text, int (*dump)(const char *) = DUMP_CMODEL_TOP_INI) {
-    const TempFolder folder;
-    const std::string path = folder / "file.ini";
-    INIT_CMODEL_TOP_REG("NULL");
-    write_file(path, text);
-    CHECK(dump(path.c_str()) == 0);
-    CHECK_FALSE(std::filesystem::exists(path + ".temp"));
-    return read_file(path);
-}
-
 } // namespace
 
 TEST_CASE("into a new file: both parts, and what is dumped loads again") {
@@ -55,30 +44,39 @@ TEST_CASE("into a new file: both parts, and what is dumped loads again") {
 }
 
 TEST_CASE("into an existing file: the own section is replaced, the rest stays") {
-    CHECK(dumped_into("[other]\na = 1\n[cmodel_top]\nreg_img_bayerid = 3\n[tail]\nb = 2\n") ==
-          "[other]\na = 1\n" + top_section + "\n[tail]\nb = 2\n[cmodel_top_sw]\n");
-    CHECK(dumped_into("[cmodel_top_sw]\nold\n[TAIL]\nb = 2\n[c]\n", DUMP_CMODEL_TOP_SW_INI) ==
-          "[cmodel_top_sw]\n\n[TAIL]\nb = 2\n[c]\n");
-    CHECK(dumped_into("[cmodel_top]\r\nold\r\n[tail]\r\n", DUMP_CMODEL_TOP_HW_INI) ==
-          top_section + "\n[tail]\r\n");
-    CHECK(dumped_into("", DUMP_CMODEL_TOP_HW_INI) == top_section);
-    CHECK(dumped_into("[CMODEL_TOP]\nx = 1\n", DUMP_CMODEL_TOP_HW_INI) ==
-          "[CMODEL_TOP]\nx = 1\n" + top_section);
-    CHECK(dumped_into("[cmodel_top] \nx\n", DUMP_CMODEL_TOP_HW_INI) == "[cmodel_top] \nx\n" + top_section);
-    // Without a line feed the header is not the part's own.
-    CHECK(dumped_into("[cmodel_top_sw]", DUMP_CMODEL_TOP_SW_INI) == "[cmodel_top_sw][cmodel_top_sw]\n");
-    // A run of letters before "]" is a header too, a blank in it makes it a line.
-    CHECK(dumped_into("[cmodel_top_sw]\nold\nab]\nx\n", DUMP_CMODEL_TOP_SW_INI) ==
-          "[cmodel_top_sw]\n\nab]\nx\n");
-    CHECK(dumped_into("[cmodel_top_sw]\n[a b]\nx\n", DUMP_CMODEL_TOP_SW_INI) == "[cmodel_top_sw]\n");
-    // Twice the own section: written twice.
-    CHECK(dumped_into("[cmodel_top_sw]\n[cmodel_top_sw]\n", DUMP_CMODEL_TOP_SW_INI) ==
-          "[cmodel_top_sw]\n\n[cmodel_top_sw]\n");
-}
-
-TEST_CASE("lines of any content survive") {
-    const std::string line = std::string("k = ") + '\0' + std::string(100000, 'v') + "\n";
-    CHECK(dumped_into(line, DUMP_CMODEL_TOP_SW_INI) == line + "[cmodel_top_sw]\n");
+    const TempFolder folder;
+    const std::string path = folder / "file.ini";
+    const auto both = DUMP_CMODEL_TOP_INI, hw = DUMP_CMODEL_TOP_HW_INI, sw = DUMP_CMODEL_TOP_SW_INI;
+    const std::string long_line = std::string("k = ") + '\0' + std::string(100000, 'v') + "\n";
+    struct Case {
+        int (*dump)(const char *);
+        std::string before, after;
+    };
+    for (const Case &c : {
+             Case{both, "[other]\na = 1\n[cmodel_top]\nreg_img_bayerid = 3\n[tail]\nb = 2\n",
+                  "[other]\na = 1\n" + top_section + "\n[tail]\nb = 2\n[cmodel_top_sw]\n"},
+             Case{sw, "[cmodel_top_sw]\nold\n[TAIL]\nb = 2\n[c]\n",
+                  "[cmodel_top_sw]\n\n[TAIL]\nb = 2\n[c]\n"},
+             Case{hw, "[cmodel_top]\r\nold\r\n[tail]\r\n", top_section + "\n[tail]\r\n"},
+             Case{hw, "", top_section},
+             Case{hw, "[CMODEL_TOP]\nx = 1\n", "[CMODEL_TOP]\nx = 1\n" + top_section},
+             Case{hw, "[cmodel_top] \nx\n", "[cmodel_top] \nx\n" + top_section},
+             // Without a line feed the header is not the part's own.
+             Case{sw, "[cmodel_top_sw]", "[cmodel_top_sw][cmodel_top_sw]\n"},
+             // A run of letters before "]" is a header too, a blank in it makes it a line.
+             Case{sw, "[cmodel_top_sw]\nold\nab]\nx\n", "[cmodel_top_sw]\n\nab]\nx\n"},
+             Case{sw, "[cmodel_top_sw]\n[a b]\nx\n", "[cmodel_top_sw]\n"},
+             // Twice the own section: written twice.
+             Case{sw, "[cmodel_top_sw]\n[cmodel_top_sw]\n", "[cmodel_top_sw]\n\n[cmodel_top_sw]\n"},
+             Case{sw, long_line, long_line + "[cmodel_top_sw]\n"},
+         }) {
+        INFO(c.before);
+        INIT_CMODEL_TOP_REG("NULL");
+        write_file(path, c.before);
+        CHECK(c.dump(path.c_str()) == 0);
+        CHECK(read_file(path) == c.after);
+        CHECK_FALSE(std::filesystem::exists(path + ".temp"));
+    }
 }
 
 TEST_CASE("records of a dump") {
@@ -87,19 +85,19 @@ TEST_CASE("records of a dump") {
     INIT_CMODEL_TOP_REG("NULL");
     take_log();
     DUMP_CMODEL_TOP_INI(path.c_str());
-    const char *const want[] = {"[DUMP] Dump cmodel_top INI configurations in ",
-                                "[DUMP_CMODEL_TOP_HW_INI] Dump INI configurations in ",
-                                "[DUMP_CMODEL_TOP_HW_INI] Dump INI configurations in ",
-                                "[DUMP_CMODEL_TOP_SW_INI] Dump INI configurations in ",
-                                "[DUMP_CMODEL_TOP_SW_INI] Dump INI configurations in ",
-                                ""};
-    const std::string tails[] = {path + "...", path + "...",   path + " done",
-                                 path + "...", path + " done", "[DUMP] Dump cmodel_top INI Done...."};
+    const std::string hw = "[DUMP_CMODEL_TOP_HW_INI] ", sw = "[DUMP_CMODEL_TOP_SW_INI] ";
+    const std::string in = "Dump INI configurations in " + path;
+    const std::string want[] = {"[DUMP] Dump cmodel_top INI configurations in " + path + "...",
+                                hw + in + "...",
+                                hw + in + " done",
+                                sw + in + "...",
+                                sw + in + " done",
+                                "[DUMP] Dump cmodel_top INI Done...."};
     const std::vector<std::string> log = take_log();
     REQUIRE(log.size() == 6);
     for (size_t i = 0; i < 6; i++) {
         CHECK(log[i].starts_with("DEBUG cmodel_top_reg:"));
-        CHECK(log[i].substr(log[i].find(": ") + 2) == want[i] + tails[i]);
+        CHECK(log[i].substr(log[i].find(": ") + 2) == want[i]);
     }
 }
 

@@ -1,13 +1,11 @@
 #include "cmodel/cfa/src/cfa_hw.h"
 
-#include <string>
 #include <utility>
 
 #include <doctest/doctest.h>
 
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
-#include "tests/support/support.h"
 
 namespace {
 
@@ -40,20 +38,5 @@ TEST_CASE_FIXTURE(FreshRegisters, "cfa_hw: a grey picture stays, and the smalles
         expect_plane("rgb", out.rgb, [](int, int, int) { return 1000; });
         expect_plane("dc", out.dc, [](int, int, int) { return 1000; });
         expect_plane("sg", out.sg, [](int, int, int) { return 1024; });
-    }
-}
-
-TEST_CASE_FIXTURE(FreshRegisters,
-                  "cfa_hw: the enabled block refuses a smaller picture with one line and status 1") {
-    const auto run = [](int width, int height) {
-        return run_child([=] { const Outputs outputs(Plane(width, height, 1, 100)); });
-    };
-    CHECK(run(4, 3).status == 0);
-    for (const auto &[width, height] : {std::pair{3, 3}, std::pair{4, 2}, std::pair{0, 0}}) {
-        const Outcome refused = run(width, height);
-        CHECK(refused.status == 1);
-        CHECK(refused.out.empty());
-        CHECK(refused.err == "Picture of " + std::to_string(width) + " x " + std::to_string(height) +
-                                 " is too small: the enabled block takes 4 x 3 and larger\n");
     }
 }
