@@ -1,10 +1,9 @@
-// What the stage tests share: small planes, mirrored access sample by sample, mosaics, comparison.
+// What the stage tests share: small planes, mirrored access sample by sample, comparison.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
-#include <vector>
 
 #include "cmodel/common/frame.h"
 
@@ -47,32 +46,12 @@ class Noise {
     uint64_t state_;
 };
 
-/// Sum of samples around (y, x) times the digits of a square kernel, rows separated by blanks; a dot is 0.
-int32_t weighted(const Plane &plane, int y, int x, const char *kernel, int c = 0);
-
-/// The samples around (y, x) at the digits of such a kernel.
-std::vector<int32_t> picked(const Plane &plane, int y, int x, const char *kernel);
-
 /// Colour code of a pixel.
 int code_at(int y, int x, uint32_t bayer_id);
 
 /// A mosaic of one value per colour.
 Plane flat_colors(int width, int height, uint32_t bayer_id, int32_t red, int32_t green, int32_t blue);
 
-/// Runs a test on mosaics that find faults, in the four Bayer patterns: an impulse, flat colours, samples of
-/// 0 and 1, saturated samples, noise, samples deeper than 12 bits, end-of-file values, the smallest size; and
-/// on noise in some of the 4 x 4 patterns.
-void for_each_mosaic(const std::function<void(const Plane &raw, uint32_t bayer_id)> &test);
-
 /// Compares every sample; a plane that differs prints its first difference: y, x, channel, got, want.
 void expect_plane(const char *name, const Plane &got,
                   const std::function<int32_t(int y, int x, int c)> &want);
-
-inline int32_t limited(int64_t v, int32_t limit) {
-    return static_cast<int32_t>(v < 0 ? 0 : v > limit ? limit : v);
-}
-
-/// |v| modulo 2^32.
-inline int32_t absolute(int32_t v) {
-    return static_cast<int32_t>(v < 0 ? 0u - static_cast<uint32_t>(v) : static_cast<uint32_t>(v));
-}

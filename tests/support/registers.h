@@ -7,9 +7,3 @@ struct FreshRegisters {
     FreshRegisters();
     ~FreshRegisters();
 };
-
-/// A register by its key.
-int32_t reg(const char *key);
-
-/// Gives every register that passes the filter (part of its key) any value of its width.
-void randomize_registers(uint32_t seed, const char *filter);

@@ -3,35 +3,6 @@
 #include "cmodel/cfa/src/stages.h"
 #include "tests/support/planes.h"
 
-namespace {
-
-// The kernels; a site's code picks one for each channel.
-int32_t average(const Plane &raw, uint32_t id, int y, int x, int c) {
-    const auto fit = [&](const char *kernel, int factor, int half, int shift) {
-        return limited((weighted(raw, y, x, kernel) * factor + half) >> shift, 4095);
-    };
-    const int code = code_at(y, x, id);
-    if (code == 0 || code == 3) {
-        if (c == 1)
-            return fit(".1. 1.1 .1.", 1, 2, 2);
-        const bool own = c == (code == 3 ? 0 : 2);
-        return own ? fit("..1.. ..... 1.4.1 ..... ..1..", 1, 4, 3) : fit("1.1 ... 1.1", 1, 2, 2);
-    }
-    if (code == 1 || code == 2) {
-        if (c == 1)
-            return fit("1.1 .4. 1.1", 1, 4, 3);
-        const bool in_row = c == (code == 2 ? 0 : 2); // the colour left and right of this green
-        return in_row ? fit(".1.1. ..... .4.4. ..... .1.1.", 85, 512, 10)
-                      : fit("..... 1.4.1 ..... 1.4.1 .....", 85, 512, 10);
-    }
-    // Any other code repeats the pixel before in scan order.
-    if (x > 0)
-        return average(raw, id, y, x - 1, c);
-    return y > 0 ? average(raw, id, y - 1, raw.width() - 1, c) : 0;
-}
-
-} // namespace
-
 TEST_CASE("cfa_CalAvg: flat colours stay, but for the twelfths at green sites") {
     for (uint32_t id = 0; id < 4; id++) {
         CAPTURE(id);
@@ -48,12 +19,21 @@ TEST_CASE("cfa_CalAvg: flat colours stay, but for the twelfths at green sites") 
     cfa_CalAvg(bright, avg, 0);
     CHECK(avg(0, 0, 0) == 4095);
     CHECK(avg(0, 1, 0) == 4079); // 4095 * 12 * 85 >> 10
+    for (const auto &[sample, limit] : {std::pair{65535, 4095}, std::pair{-257, 0}}) {
+        cfa_CalAvg(Plane(4, 4, 1, sample), avg, 0);
+        expect_plane("limited", avg, [limit = limit](int, int, int) { return limit; });
+    }
 }
 
-TEST_CASE("cfa_CalAvg: every estimate of every site") {
-    for_each_mosaic([](const Plane &raw, uint32_t id) {
-        const Plane avg(raw, 3);
-        cfa_CalAvg(raw, avg, id);
-        expect_plane("AvgRGB", avg, [&](int y, int x, int c) { return average(raw, id, y, x, c); });
+TEST_CASE("cfa_CalAvg: codes beyond 3 repeat the last values in scan order, 0 before the first") {
+    Plane raw(5, 3), avg(raw, 3);
+    raw.set(0, 1, 0, 800);
+    cfa_CalAvg(raw, avg, 8); // red at (0, 1) and (2, 3), blue at (0, 3) and (2, 1), no other code below 4
+    // Own colours: red 5 * 800 / 8, where column -1 is column 1; blue beside it 800 / 8; below it 2 * 800
+    // / 8.
+    const int32_t red[] = {0, 500, 500, 0, 0},
+                  blue[] = {0, 0, 0, 100, 100, 100, 100, 100, 100, 100, 100, 200, 200, 0, 0};
+    expect_plane("AvgRGB", avg, [&](int y, int x, int c) {
+        return c == 2 ? blue[5 * y + x] : c == 0 && y == 0 ? red[x] : 0;
     });
 }

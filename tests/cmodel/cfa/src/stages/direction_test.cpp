@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include <doctest/doctest.h>
 
 #include "cmodel/cfa/src/stages.h"
@@ -7,10 +5,6 @@
 #include "tests/support/registers.h"
 
 namespace {
-
-int32_t smaller(int32_t a, int32_t b) {
-    return a == b ? 0 : a < b ? 1 : 2;
-}
 
 struct Evidence {
     Plane avg, LH, LV, SigH, SigV;
@@ -21,57 +15,6 @@ struct Evidence {
         return dir;
     }
 };
-
-// The votes as a table of nine voters in their order; the last four may vote by strength.
-std::pair<int32_t, int32_t> votes(const Evidence &e, const Plane &dir, int y, int x, int32_t prior) {
-    const auto by_activity = [&](int dx) { return e.LH(y + 1, x + dx) < e.LV(y + 1, x + dx) ? 1 : 2; };
-    const auto strength = [&](int dy, int dx) {
-        return std::max(e.LH(y + dy, x + dx), e.LV(y + dy, x + dx));
-    };
-    const int32_t d[9] = {dir(y - 1, x - 1), dir(y - 1, x),  dir(y - 1, x + 1),
-                          dir(y, x - 1),     prior,          e.SigH(y, x + 1) < e.SigV(y, x + 1) ? 1 : 2,
-                          by_activity(-1),   by_activity(0), by_activity(1)};
-    const int32_t w[9] = {1, 2, 1, 2, 4, 1, 1, 2, 1};
-    const int32_t s[9] = {0, 0, 0, 0, 0, strength(0, 1), strength(1, -1), strength(1, 0), strength(1, 1)};
-    int32_t count[3] = {};
-    for (int i = 0; i <= 5; i++)
-        count[d[i]] += w[i];
-    for (int i = 5; i <= 8; i++)
-        if (s[i] >= reg("reg_cfa_vw_thd"))
-            count[d[i]] += w[i];
-    return {count[1], count[2]};
-}
-
-int32_t direction(const Evidence &e, const Plane &dir, uint32_t id, int y, int x) {
-    const int code = code_at(y, x, id);
-    if (code > 3)
-        return 0;
-    const bool green = code == 1 || code == 2;
-    const int32_t lh = e.LH(y, x), lv = e.LV(y, x), sh = e.SigH(y, x), sv = e.SigV(y, x);
-    const int32_t l_max = std::max(lh, lv), l_min = std::min(lh, lv);
-    const int32_t s_max = std::max(sh, sv), s_min = std::min(sh, sv);
-
-    if (l_max > reg(green ? "reg_cfa_edgee_thd2" : "reg_cfa_edgee_thd") * std::max(1, l_min >> 5))
-        return green || l_max >= (l_min * reg("reg_cfa_edge_tol")) >> 8 ? smaller(lh, lv) : 0;
-
-    const int32_t luma = (307 * e.avg(y, x, 0) + 615 * e.avg(y, x, 1) + 102 * e.avg(y, x, 2)) >> 10;
-    const bool vote = green ? reg("reg_cfa_rb_vt_enable") == 1 && luma >= reg("reg_cfa_rbsig_luma_thd")
-                            : int64_t{reg("reg_cfa_sige_thd")} * std::max(1, s_min >> 7) > s_max >> 2;
-    if (!vote || y == 0 || x == 0 || x == e.LH.width() - 1)
-        return smaller(sh, sv);
-    if (s_max < (s_min * reg(green ? "reg_cfa_rbsig_tol" : "reg_cfa_gsig_tol")) >> 5)
-        return 0;
-    const auto [h, v] = votes(e, dir, y, x, smaller(sh, sv));
-    return smaller(v, h);
-}
-
-void compare(const Evidence &e, uint32_t id) {
-    Plane want(e.LH, 1);
-    for (int y = 0; y < want.height(); y++)
-        for (int x = 0; x < want.width(); x++)
-            want.set(y, x, 0, direction(e, want, id, y, x));
-    expect_plane("DirInfo", e.decided(id), [&](int y, int x, int) { return want(y, x); });
-}
 
 } // namespace
 
@@ -107,47 +50,45 @@ TEST_CASE_FIXTURE(FreshRegisters, "cfa_Vote and isAtBoundary: by hand") {
 }
 
 TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalDirectionInfo: where one rule ends and the next begins") {
-    const auto at_blue = [](int32_t lh, int32_t lv, int32_t sh, int32_t sv) {
+    const auto at = [](int y, int x, int32_t lh, int32_t lv, int32_t sh, int32_t sv, int32_t luma) {
         const auto plane = [](int32_t v) { return Plane(4, 4, 1, v); };
-        return Evidence{Plane(4, 4, 3), plane(lh), plane(lv), plane(sh), plane(sv)}.decided(0)(2, 2);
+        return Evidence{Plane(4, 4, 3, luma), plane(lh), plane(lv), plane(sh), plane(sv)}.decided(0)(y, x);
+    };
+    const auto at_blue = [&](int32_t lh, int32_t lv, int32_t sh, int32_t sv) {
+        return at(2, 2, lh, lv, sh, sv, 0);
+    };
+    const auto at_green = [&](int32_t lh, int32_t lv, int32_t sh, int32_t sv, int32_t luma = 320) {
+        return at(2, 1, lh, lv, sh, sv, luma);
     };
     // 200 * 1 against the larger activity; the variances say vertical.
     CHECK(at_blue(1, 201, 9000, 0) == 1);
     CHECK(at_blue(1, 200, 9000, 0) == 2);
+    CHECK(at_green(1, 201, 9000, 0) == 1);
+    CHECK(at_green(1, 200, 9000, 0) == 2);
     // Decisive, but for a tolerance of 512 not by twice the smaller activity.
     cfa_reg.hw.reg_cfa_edgee_thd = 0;
     cfa_reg.hw.reg_cfa_edge_tol = 512;
     CHECK(at_blue(100, 200, 0, 0) == 1);
     CHECK(at_blue(100, 199, 0, 0) == 0);
     CHECK(at_blue(50, 50, 9, 0) == 0);
+    cfa_reg.hw.reg_cfa_edgee_thd2 = 0; // greens have no such tolerance
+    CHECK(at_green(100, 101, 0, 0) == 1);
+    CHECK(at_green(50, 50, 9, 0) == 0);
+    cfa_reg.hw.reg_cfa_edgee_thd2 = 4000;
     // 2 * 1 against a quarter of the larger variance: 2 is decisive, below it there is a vote.
     cfa_reg.hw.reg_cfa_edgee_thd = 4000;
     cfa_reg.hw.reg_cfa_sige_thd = 2;
     cfa_reg.hw.reg_cfa_gsig_tol = 4000;
     CHECK(at_blue(1, 1, 1, 8) == 1);
     CHECK(at_blue(1, 1, 1, 7) == 0); // the vote does not count: 7 < 4000 >> 5
+    cfa_reg.hw.reg_cfa_rbsig_tol = 4000;
+    CHECK(at_green(1, 1, 1, 125) == 1);
+    CHECK(at_green(1, 1, 1, 124) == 0);
+    CHECK(at_green(1, 1, 1, 124, 319) == 1); // too dark to vote
+    cfa_reg.hw.reg_cfa_rb_vt_enable = 0;
+    CHECK(at_green(1, 1, 1, 124) == 1);
     // The threshold's product has 64 bits: a vote, vertical by its neighbours.
     cfa_reg.hw.reg_cfa_sige_thd = 4095;
     cfa_reg.hw.reg_cfa_gsig_tol = 0;
     CHECK(at_blue(1, 1, 1 << 30, 1 << 30) == 2);
-}
-
-TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalDirectionInfo: every rule") {
-    const int32_t activities[] = {3, 300, 3000, 32767}, variances[] = {2, 300, 20000, 131071};
-    Noise noise(36);
-    for (uint32_t run = 0; run < 64; run++) {
-        CAPTURE(run);
-        if (run >= 16)
-            randomize_registers(run, "reg_cfa_");
-        if (run % 3 == 1) { // such that the vote is usual
-            cfa_reg.hw.reg_cfa_edgee_thd = 4000;
-            cfa_reg.hw.reg_cfa_edgee_thd2 = 4000;
-            cfa_reg.hw.reg_cfa_rbsig_tol = 32 + noise.in(-1, 8);
-            cfa_reg.hw.reg_cfa_gsig_tol = 32 + noise.in(-1, 8);
-        }
-        const int32_t l = activities[run % 4], s = variances[run / 4 % 4];
-        const auto plane = [&](int32_t high) { return noise.plane(10, 8, 1, high / 2 * (run % 2), high); };
-        compare({noise.plane(10, 8, 3, 0, 640), plane(l), plane(l), plane(s), plane(s)},
-                run % 13 == 0 ? 8 : run % 4);
-    }
 }

@@ -39,14 +39,16 @@ TEST_CASE_FIXTURE(FreshRegisters,
         dir.set(y, x, 0, direction);
         return cfa_CalRBPixel(raw, x, y, GH, GV, sig, sig, dir, target);
     };
-    CHECK(pixel(1, 3) == 600);
-    CHECK(pixel(1, 0) == 602);
-    CHECK(pixel(2, 3) == 900); // 1000, limited
-    CHECK(pixel(2, 0) == 100); // 40, limited
-    CHECK(pixel(0, 3) == 800); // the blend is limited, not its candidates: (600 + 1000) / 2
-    CHECK(pixel(0, 0) == 321);
-    CHECK(pixel(1, 1) == 0);
-    CHECK(pixel(1, 2) == 0);
+    // Vertical 1000 and 40 are limited; so is the blend, not its candidates: (600 + 1000) / 2, (602 + 40)
+    // / 2.
+    const int32_t red[] = {800, 600, 900}, blue[] = {321, 602, 100};
+    for (int32_t direction = 0; direction < 3; direction++) {
+        CAPTURE(direction);
+        CHECK(pixel(direction, 3) == red[direction]);
+        CHECK(pixel(direction, 0) == blue[direction]);
+        CHECK(pixel(direction, 1) == 0);
+        CHECK(pixel(direction, 2) == 0);
+    }
     CHECK(pixel(2, 3, 0, 0) == 900); // row and column -1 read 1
     CHECK(pixel(2, 3, 3, 0) == 500); // row 4 reads 2
     cfa_reg.hw.reg_cfa_force_dir_enable = 1;
