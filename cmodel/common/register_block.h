@@ -101,8 +101,7 @@ void register_reset(RegisterPart &part, const RegisterTable &table, const char *
 int register_load(RegisterPart &part, const RegisterTable &table, const char *section, const char *key,
                   const char *value);
 
-/// Logs an ERROR record for every register that no INI line has set. block_name is the name of the hardware
-/// part.
+/// Logs an ERROR record for every register that no INI line has set.
 void register_log_unset(const RegisterPart &part, const RegisterTable &table);
 
 /// Logs "[name]" and every value, at DEBUG.

@@ -110,7 +110,7 @@ File open_file(const std::string &path, const char *mode) {
 }
 
 // Replaces the part's section in the existing file, through the temporary file. False when there is no
-// temporary file; kept: the INI file is empty then.
+// temporary file. Kept: the INI file is empty then.
 bool merge(const std::string &path, File in, const HeaderPattern &pattern, const RegisterPart &part,
            const RegisterTable &table, const char *label) {
     const std::string temp_path = path + ".temp";

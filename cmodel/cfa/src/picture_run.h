@@ -9,8 +9,8 @@ struct PictureFiles {
 };
 
 /// Runs the block with the registers in cfa_reg and cmodel_top_reg. In the regular case the line engine works
-/// on the files' rows, and 4 bytes a pixel are kept; otherwise whole frames go through cfa_hw. Nothing but
-/// speed and memory shows which it was.
+/// on the files' rows, and 2 bytes a pixel are kept (4 with sharpening); otherwise whole frames go through
+/// cfa_hw. Nothing but speed and memory shows which it was.
 void run_picture(const PictureFiles &files);
 
 /// The same, always in whole frames.

@@ -119,7 +119,7 @@ void choose(const Sample *h, const Sample *v, const Sample *direction, BlendWeig
 void choose_within(const Sample *h, const Sample *v, const Sample *direction, BlendWeights weights,
                    const Sample *low, const Sample *high, Sample *out, int n);
 
-/// 1-2-1 columns of a 3 x 3 binomial, 0..16380, then the binomial itself, truncated, u12.
+/// The 3 x 3 binomial low-pass, truncated, u12.
 void binomial_3x3(Sight<1> rows, Sample *out, int n);
 
 /// A curve from level y0 at the knee x0 on. REQUIRES that the slope does not contradict the levels: it is not
