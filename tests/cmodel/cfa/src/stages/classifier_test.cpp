@@ -14,22 +14,19 @@ struct Planes {
     }
 };
 
-// Columns 0 to 2 are low, the others high.
-Planes at_step(int32_t low, int32_t high) {
+// Columns 0 to 2 are low, the others high; or rows.
+Planes at_step(int32_t low, int32_t high, bool in_column = false) {
     Plane raw(6, 6, 1, low);
     for (int i = 0; i < 18; i++)
-        raw.set(i / 3, 3 + i % 3, 0, high);
+        in_column ? raw.set(3 + i % 3, i / 3, 0, high) : raw.set(i / 3, 3 + i % 3, 0, high);
     return {raw, 0};
 }
 
 } // namespace
 
 TEST_CASE("cfa_CalClassifier: flat fields") {
-    const int32_t flat[][2] = {{100, 4087},
-                               {2048, 3840},
-                               {1, 4095},
-                               {0, 0},            // value, ratio
-                               {-257, -1052672}}; // -257 * 32768 >> 3
+    // Value and ratio; of a value below 1 the reciprocal is 32768.
+    const int32_t flat[][2] = {{100, 4087}, {2048, 3840}, {1, 4095}, {0, 0}, {-257, -1052672}};
     for (const auto &row : flat) {
         const Planes p(Plane(6, 5, 1, row[0]), 0);
         expect_plane("LMax", p.LMax, [](int, int, int) { return 0; });
@@ -38,9 +35,9 @@ TEST_CASE("cfa_CalClassifier: flat fields") {
     const int32_t green[][2] = {{7, 4095}, {65536, -268435456}}; // over no blue: limited; 2^31 wraps
     for (const auto &row : green)
         CHECK(Planes(flat_colors(6, 6, 0, 100, row[0], 0), 0).RatioH(2, 2) == row[1]);
-    Plane pit(6, 6);
-    pit.set(2, 1, 0, -257),
-        pit.set(1, 4, 0, -257); // one of two greens: -257 >> 1 is -129, of these 4096 each
+    Plane pit(6, 6); // one of two greens below 0: -257 >> 1 is -129
+    pit.set(2, 1, 0, -257);
+    pit.set(1, 4, 0, -257);
     CHECK(Planes(pit, 0).RatioH(2, 2) == -528384);
     CHECK(Planes(pit, 0).RatioV(2, 4) == -528384);
 }
@@ -52,14 +49,15 @@ TEST_CASE("cfa_CalClassifier: a step") {
     CHECK(step.LH(2, 2) == 350);
     CHECK(step.LH(3, 2) == 350);
     CHECK(step.LH(2, 1) == 150);
-    CHECK(step.LMax(2, 2) == 350);
     expect_plane("LV", step.LV, [](int, int, int) { return 0; });
 
-    const Planes deep = at_step(0, 65534); // only LH is limited
-    CHECK(deep.LH(2, 2) == 32767);
-    CHECK(deep.LMax(2, 2) == 229369);
-    // Sums of two wrap: 2^29 - 2^30 + 2^30 - 2^30.
-    const Planes wrapped = at_step(0, 1 << 30);
-    CHECK(wrapped.LH(2, 2) == 0);
-    CHECK(wrapped.LMax(2, 2) == 0);
+    // Only LH and LV are limited. Sums of two wrap: 2^29 - 2^30 + 2^30 - 2^30.
+    const int32_t deep[][3] = {{65534, 32767, 229369}, {1 << 30, 0, 0}};
+    for (const auto &[high, limited, largest] : deep) {
+        CAPTURE(high);
+        CHECK(at_step(0, high).LH(2, 2) == limited);
+        CHECK(at_step(0, high).LMax(2, 2) == largest);
+        CHECK(at_step(0, high, true).LV(2, 2) == limited);
+        CHECK(at_step(0, high, true).LMax(2, 2) == largest);
+    }
 }

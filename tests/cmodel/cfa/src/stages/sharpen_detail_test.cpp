@@ -9,10 +9,9 @@ TEST_CASE("lumas and differences") {
     sg_get_rgb_luma(rgb, luma);
     CHECK(luma(0, 0) == 1); // 7 / 4
     CHECK(luma(0, 1) == 4095);
-    const Plane a(2, 1, 1, {5, 4095}), b(2, 1, 1, {4095, 5}), out(2, 1);
+    const Plane a(1, 1, 1, 5), b(1, 1, 1, 4095), out(1, 1);
     sg_get_dalta_HF(a, b, out);
     CHECK(out(0, 0) == -4090);
-    CHECK(out(0, 1) == 4090);
     sg_get_delta_MF(b, a, out);
     CHECK(out(0, 0) == 4090);
 }
@@ -31,10 +30,7 @@ TEST_CASE_FIXTURE(FreshRegisters, "spike removal: a sample is limited by the eig
     Plane in(4, 3, 1, 10), out(in, 1);
     in.set(1, 1, 0, 30), in.set(0, 3, 0, 20), in.set(2, 3, 0, -5);
     sg_preprocess(in, out);
-    CHECK(out(1, 1) == 10);
-    CHECK(out(0, 3) == 10);
-    CHECK(out(2, 3) == 10);
-    CHECK(out(1, 2) == 10);
+    expect_plane("limited", out, [](int, int, int) { return 10; });
     cfa_reg.hw.reg_cfa_shpn_pre_proc_enable = 0;
     sg_preprocess(in, out);
     expect_plane("copied", out, [&](int y, int x, int) { return in(y, x); });
