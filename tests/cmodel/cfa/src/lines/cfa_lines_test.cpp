@@ -43,25 +43,21 @@ void expect_refused(const Plane &raw) {
 
 } // namespace
 
-TEST_CASE_FIXTURE(FreshBlocks, "engine and model: every size from the smallest up, random registers") {
-    uint32_t seed = 1000000;
-    for (int height = 3; height <= 14; height++)
-        for (int width = 4; width <= 24; width++)
-            if (const Equality result = compare_engine_with_model(seed++, {width, height});
-                !result.difference.empty())
-                FAIL(result.difference);
-}
-
-TEST_CASE_FIXTURE(FreshBlocks, "engine and model: random pictures, random registers") {
+TEST_CASE_FIXTURE(FreshBlocks,
+                  "engine and model: random pictures, random registers, all the smallest sizes") {
     int served = 0;
-    const int pictures = 3000;
-    for (uint32_t seed = 0; seed < pictures; seed++) {
-        const Equality result = compare_engine_with_model(seed, small_size(seed));
+    const auto compare = [&](uint32_t seed, PictureSize size) {
+        const Equality result = compare_engine_with_model(seed, size);
         served += result.served;
         if (!result.difference.empty())
             FAIL(result.difference);
-    }
-    CHECK(served > pictures * 9 / 10);
+    };
+    const int sizes = 12 * 21, pictures = 3000;
+    for (int i = 0; i < sizes; i++)
+        compare(1000000 + static_cast<uint32_t>(i), {4 + i % 21, 3 + i / 21});
+    for (uint32_t seed = 0; seed < pictures; seed++)
+        compare(seed, small_size(seed));
+    CHECK(served > (sizes + pictures) * 9 / 10);
 }
 
 TEST_CASE_FIXTURE(FreshBlocks, "engine and model: a larger picture with every feature on") {

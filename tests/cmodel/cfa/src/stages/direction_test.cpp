@@ -30,7 +30,7 @@ TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalDirectionInfo: a flat picture") {
     });
 }
 
-TEST_CASE_FIXTURE(FreshRegisters, "cfa_Vote and isAtBoundary: by hand") {
+TEST_CASE_FIXTURE(FreshRegisters, "cfa_Vote: by hand") {
     // Above 1 2 1, left 1; right by variance 1, below by activity 2 2 1, all but the left one strong.
     const Plane dir(3, 3, 1, {1, 2, 1, 1, 0, 0, 0, 0, 0});
     const Plane SigH(3, 3, 1, {0, 0, 0, 0, 9, 5, 0, 0, 0}), SigV(3, 3, 1, {0, 0, 0, 0, 0, 6, 0, 0, 0});
@@ -42,24 +42,15 @@ TEST_CASE_FIXTURE(FreshRegisters, "cfa_Vote and isAtBoundary: by hand") {
     CHECK(v == 200 + 2 + 4 + 2);             // above, the prior, below
     cfa_Vote(1, 1, 0, &h, &v, SigH, SigV, LH, LV, dir);
     CHECK(v == 208 + 4); // a prior of 0 adds nothing
-
-    const Plane plane(4, 3);
-    for (int y = 0; y < 3; y++)
-        for (int x = 0; x < 4; x++)
-            CHECK(isAtBoundary(plane, x, y) == (x == 0 || x == 3 || y == 0 ? 1 : 0));
 }
 
 TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalDirectionInfo: where one rule ends and the next begins") {
-    const auto at = [](int y, int x, int32_t lh, int32_t lv, int32_t sh, int32_t sv, int32_t luma) {
+    const auto at = [](int x, int32_t lh, int32_t lv, int32_t sh, int32_t sv, int32_t luma) {
         const auto plane = [](int32_t v) { return Plane(4, 4, 1, v); };
-        return Evidence{Plane(4, 4, 3, luma), plane(lh), plane(lv), plane(sh), plane(sv)}.decided(0)(y, x);
+        return Evidence{Plane(4, 4, 3, luma), plane(lh), plane(lv), plane(sh), plane(sv)}.decided(0)(2, x);
     };
-    const auto at_blue = [&](int32_t lh, int32_t lv, int32_t sh, int32_t sv) {
-        return at(2, 2, lh, lv, sh, sv, 0);
-    };
-    const auto at_green = [&](int32_t lh, int32_t lv, int32_t sh, int32_t sv, int32_t luma = 320) {
-        return at(2, 1, lh, lv, sh, sv, luma);
-    };
+    const auto at_blue = [&](auto... evidence) { return at(2, evidence..., 0); };
+    const auto at_green = [&](auto... evidence) { return at(1, evidence..., 320); };
     // 200 * 1 against the larger activity; the variances say vertical.
     CHECK(at_blue(1, 201, 9000, 0) == 1);
     CHECK(at_blue(1, 200, 9000, 0) == 2);
@@ -84,7 +75,7 @@ TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalDirectionInfo: where one rule ends and
     cfa_reg.hw.reg_cfa_rbsig_tol = 4000;
     CHECK(at_green(1, 1, 1, 125) == 1);
     CHECK(at_green(1, 1, 1, 124) == 0);
-    CHECK(at_green(1, 1, 1, 124, 319) == 1); // too dark to vote
+    CHECK(at(1, 1, 1, 1, 124, 319) == 1); // too dark to vote
     cfa_reg.hw.reg_cfa_rb_vt_enable = 0;
     CHECK(at_green(1, 1, 1, 124) == 1);
     // The threshold's product has 64 bits: a vote, vertical by its neighbours.
