@@ -19,29 +19,11 @@ int collect(void *settings, const char *section, const char *key, const char *va
 /// Random lines that provoke the parser: every special character, blanks everywhere, names over 49
 /// characters.
 std::string random_text(uint64_t seed) {
-    const std::vector<std::string> pieces = {"[",
-                                             "]",
-                                             "=",
-                                             ":",
-                                             ";",
-                                             "#",
-                                             " ",
-                                             "\t",
-                                             "\r",
-                                             "\v",
-                                             "a",
-                                             "key",
-                                             "12",
-                                             " ;",
-                                             "\n",
-                                             "\n",
-                                             "[cfa]",
-                                             " = ",
-                                             "\n  ",
-                                             "\n[",
-                                             "\xEF\xBB\xBF",
-                                             std::string(55, 'n'),
-                                             std::string("\0", 1)};
+    // clang-format off
+    const std::vector<std::string> pieces = {
+        "[", "]", "=", ":", ";", "#", " ", "\t", "\r", "\v", "a", "key", "12", " ;", "\n", "\n", "[cfa]",
+        " = ", "\n  ", "\n[", "\xEF\xBB\xBF", std::string(55, 'n'), std::string("\0", 1)};
+    // clang-format on
     std::string text;
     for (uint64_t i = 0; i < 60; ++i)
         text += pieces[random_bits(seed, i) % pieces.size()];

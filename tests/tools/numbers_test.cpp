@@ -26,8 +26,8 @@ TEST_CASE("numbers with decimals are exact thousandths") {
 }
 
 TEST_CASE("sizes and rectangles") {
-    CHECK(parse_size("640x480", "--size").width == 640);
-    CHECK(parse_size("640x480", "--size").height == 480);
+    const auto size = parse_size("640x480", "--size");
+    CHECK((size.width == 640 && size.height == 480));
     for (const char *bad :
          {"", "640", "640x", "x480", "640x480x3", "0x480", "65536x1", "65535x65535", "640X480"})
         CHECK_THROWS_AS(parse_size(bad, "--size"), UsageTrouble);

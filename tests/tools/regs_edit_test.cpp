@@ -47,28 +47,33 @@ TEST_CASE("samples and the register reference are what the register list makes")
 }
 
 TEST_CASE("set changes one value and no other byte") {
-    const auto set = [](const std::string &text, const std::string &value) {
-        return set_register(text, "reg_cfa_vw_thd=" + value);
+    const std::string key = "reg_cfa_vw_thd";
+    const std::string vw = "[cfa]\n" + key;
+    struct Case {
+        std::string before, value, after;
     };
-    CHECK(set("; c\n[cfa]\nreg_cfa_vw_thd = 5 ; five\r\n\n[x]\nreg_cfa_vw_thd=1", "40") ==
-          "; c\n[cfa]\nreg_cfa_vw_thd = 40 ; five\r\n\n[x]\nreg_cfa_vw_thd=1");
-    CHECK(set("[cfa]\nreg_cfa_vw_thd=\n", "0") == "[cfa]\nreg_cfa_vw_thd= 0\n");
-    CHECK(set("[cfa]\nreg_cfa_vw_thd: ; none\n", "7") == "[cfa]\nreg_cfa_vw_thd: 7 ; none\n");
-    // The line in force is the last one, also an indented one.
-    CHECK(set("[cfa]\nreg_cfa_vw_thd=1\nreg_cfa_vw_thd=2\n", "3") ==
-          "[cfa]\nreg_cfa_vw_thd=1\nreg_cfa_vw_thd=3\n");
-    CHECK(set("[cfa]\nreg_cfa_vw_thd=1\n  2 ; two\n", "3") == "[cfa]\nreg_cfa_vw_thd=1\n  3 ; two\n");
-    // A missing key goes behind the last line of its section that is read, with the line end of that place.
-    CHECK(set("[cfa]\r\nreg_cfa_enable=1\r\n\r\n[x]\r\n", "3") ==
-          "[cfa]\r\nreg_cfa_enable=1\r\nreg_cfa_vw_thd = 3\r\n\r\n[x]\r\n");
-    CHECK(set("[cfa]\n  junk\n", "3") == "[cfa]\n  junk\nreg_cfa_vw_thd = 3\n");
-    CHECK(set("[x]\na=1", "3") == "[x]\na=1\n\n[cfa]\nreg_cfa_vw_thd = 3\n");
-    CHECK(set("", "3") == "[cfa]\nreg_cfa_vw_thd = 3\n");
-    CHECK_THROWS_WITH(set("", "4096"), doctest::Contains("4096 does not fit 12 bits, 0..4095"));
-    CHECK_THROWS_WITH(set("", "0x10"), doctest::Contains("not a plain decimal number"));
-    CHECK_THROWS_WITH(set_register("", "reg_cfa_vw_th=1"),
-                      doctest::Contains("did you mean 'reg_cfa_vw_thd'?"));
-    CHECK_THROWS_WITH(set_register("", "reg_cfa_vw_thd"), doctest::Contains("not of the form key=value"));
+    for (const Case &c : {
+             Case{"; c\n" + vw + " = 5 ; five\r\n\n[x]\nreg_cfa_vw_thd=1", "40",
+                  "; c\n" + vw + " = 40 ; five\r\n\n[x]\nreg_cfa_vw_thd=1"},
+             Case{vw + "=\n", "0", vw + "= 0\n"},
+             Case{vw + ": ; none\n", "7", vw + ": 7 ; none\n"},
+             // The line in force is the last one, also an indented one.
+             Case{vw + "=1\nreg_cfa_vw_thd=2\n", "3", vw + "=1\nreg_cfa_vw_thd=3\n"},
+             Case{vw + "=1\n  2 ; two\n", "3", vw + "=1\n  3 ; two\n"},
+             // A missing key goes behind the last line of its section that is read, with the line end there.
+             Case{"[cfa]\r\nreg_cfa_enable=1\r\n\r\n[x]\r\n", "3",
+                  "[cfa]\r\nreg_cfa_enable=1\r\nreg_cfa_vw_thd = 3\r\n\r\n[x]\r\n"},
+             Case{"[cfa]\n  junk\n", "3", "[cfa]\n  junk\nreg_cfa_vw_thd = 3\n"},
+             Case{"[x]\na=1", "3", "[x]\na=1\n\n" + vw + " = 3\n"},
+             Case{"", "3", vw + " = 3\n"},
+         })
+        CHECK(set_register(c.before, key + "=" + c.value) == c.after);
+    for (const auto &[assignment, reason] :
+         {std::pair{"reg_cfa_vw_thd=4096", "4096 does not fit 12 bits, 0..4095"},
+          {"reg_cfa_vw_thd=0x10", "not a plain decimal number"},
+          {"reg_cfa_vw_th=1", "did you mean 'reg_cfa_vw_thd'?"},
+          {"reg_cfa_vw_thd", "not of the form key=value"}})
+        CHECK_THROWS_WITH(set_register("", assignment), doctest::Contains(reason));
 }
 
 TEST_CASE("every register set to both ends of its range comes back from a load, in messy files too") {
@@ -93,38 +98,34 @@ TEST_CASE("every register set to both ends of its range comes back from a load, 
 
 TEST_CASE("set, diff and dump as commands") {
     const TempFolder folder;
-    const std::string a = folder / "a.ini", b = folder / "b.ini", c = folder / "c.ini";
+    const std::string a = folder / "a.ini", b = folder / "b.ini", c = folder / "c.ini",
+                      d = folder / "new.ini";
+    const auto regs = [](const std::vector<std::string> &more) { return cfatool_run({"regs"}, more); };
     write_file(a, random_file(cfa_reg_hw_table(), 1) + random_file(cmodel_top_reg_hw_table(), 2));
     write_file(b, "; kept\n[other]\nk = 1\n[cfa]\nreg_cfa_enable = 0\n");
     // The values of one file into another: the files are the same to the tool, the other section stays.
-    CHECK(cfatool_run({"regs", "diff", a, b}).status == 1);
-    CHECK(cfatool_run({"regs", "dump", b, "--from", a}).status == 0);
-    CHECK(cfatool_run({"regs", "diff", a, b}).status == 0);
-    CHECK(read_file(b).substr(0, 25) == "; kept\n[other]\nk = 1\n[cfa");
-    CHECK(cfatool_run({"regs", "diff", a, b}).out.empty());
-
-    CHECK(
-        cfatool_run({"regs", "set", b, "reg_cfa_vw_thd=17", "reg_cfa_cmoire_edge_d0c0=-3", "-o", c}).status ==
-        0);
-    CHECK(cfatool_run({"regs", "diff", a, b}).status == 0); // b itself did not change
-    const Outcome diff = cfatool_run({"regs", "diff", c, b});
+    CHECK(regs({"diff", a, b}).status == 1);
+    CHECK(regs({"dump", b, "--from", a}).status == 0);
+    CHECK(read_file(b).starts_with("; kept\n[other]\nk = 1\n[cfa"));
+    CHECK(regs({"set", b, "reg_cfa_vw_thd=17", "reg_cfa_cmoire_edge_d0c0=-3", "-o", c}).status == 0);
+    const Outcome same = regs({"diff", a, b}); // b itself did not change
+    CHECK(same.status == 0);
+    CHECK(same.out.empty());
+    const Outcome diff = regs({"diff", c, b});
     CHECK(diff.status == 1);
-    CHECK(diff.out.find("reg_cfa_vw_thd: 17 against ") == 0);
-    CHECK(diff.out.find("\nreg_cfa_cmoire_edge_d0c0: -3 against ") != std::string::npos);
+    CHECK(diff.out.starts_with("reg_cfa_vw_thd: 17 against "));
+    CHECK(contains(diff.out, "\nreg_cfa_cmoire_edge_d0c0: -3 against "));
 
     // One bad assignment: nothing is written at all.
     const std::string before = read_file(b);
-    CHECK(cfatool_run({"regs", "set", b, "reg_cfa_vw_thd=1", "reg_cfa_enable=2"}).status == 2);
+    CHECK(regs({"set", b, "reg_cfa_vw_thd=1", "reg_cfa_enable=2"}).status == 2);
     CHECK(read_file(b) == before);
-    CHECK(cfatool_run({"regs", "dump", folder / "new.ini"}).status == 2);
-    CHECK(cfatool_run({"regs", "dump", folder / "new.ini", "--block", "cmodel_top"}).status == 0);
-    CHECK(read_file(folder / "new.ini").substr(0, 34) == "[cmodel_top]\nreg_img_bayerid = 0\nr");
-    for (const std::vector<std::string> &args :
-         std::vector<std::vector<std::string>>{{"regs", "diff", a},
-                                               {"regs", "diff", a, folder / "none"},
-                                               {"regs", "defaults", "cfaa"},
-                                               {"regs", "set", a}})
-        CHECK(cfatool_run(args).status == 2);
-    const Outcome listing = run_program({"/bin/ls", "-A", folder.path});
-    CHECK(listing.out == "a.ini\nb.ini\nc.ini\nnew.ini\n");
+    CHECK(regs({"dump", d}).status == 2);
+    CHECK(regs({"dump", d, "--block", "cmodel_top"}).status == 0);
+    CHECK(read_file(d).starts_with("[cmodel_top]\nreg_img_bayerid = 0\nr"));
+    CHECK(regs({"diff", a}).status == 2);
+    CHECK(regs({"diff", a, folder / "none"}).status == 2);
+    CHECK(regs({"defaults", "cfaa"}).status == 2);
+    CHECK(regs({"set", a}).status == 2);
+    CHECK(run_program({"/bin/ls", "-A", folder.path}).out == "a.ini\nb.ini\nc.ini\nnew.ini\n");
 }

@@ -41,23 +41,19 @@ TEST_CASE("the page of a golden run: its links are its files, all within its fol
     CHECK(linked == files_below(folder / "page"));
     CHECK(linked.size() == 1 + 38);
     for (const char *foreign : {"http:", "https:", "@import", "url("})
-        CHECK(page.find(foreign) == std::string::npos);
+        CHECK_FALSE(contains(page, foreign));
 
     // In pipeline order, with captions, and at full size.
     CHECK(page.find("raw.png") < page.find("dbg_img_GH.png"));
     CHECK(page.find("dbg_img_YMoire.png") < page.find("out_sg.png"));
-    CHECK(page.find("direction of interpolation: 0 blend, 1 horizontal, 2 vertical; 0..2") !=
-          std::string::npos);
+    CHECK(contains(page, "direction of interpolation: 0 blend, 1 horizontal, 2 vertical; 0..2"));
     const RgbPicture out = read_png(folder / "page/images/out.png");
-    CHECK(out.width == 64);
-    CHECK(out.height == 48);
+    CHECK((out.width == 64 && out.height == 48));
 
     // Registers that differ, and only those; a call that makes the run again.
-    CHECK(page.find("<td>reg_cfa_shpn_gain_value</td><td class=\"n\">0</td><td class=\"n\">40</td>") !=
-          std::string::npos);
-    CHECK(page.find("<td>reg_cfa_vw_thd</td>") == std::string::npos);
-    CHECK(page.find("cfa_cmodel cfa.ini run.log 0 1 dbg cmodel_top.ini raw.ppm out.ppm") !=
-          std::string::npos);
+    CHECK(contains(page, "<td>reg_cfa_shpn_gain_value</td><td class=\"n\">0</td><td class=\"n\">40</td>"));
+    CHECK_FALSE(contains(page, "<td>reg_cfa_vw_thd</td>"));
+    CHECK(contains(page, "cfa_cmodel cfa.ini run.log 0 1 dbg cmodel_top.ini raw.ppm out.ppm"));
 }
 
 TEST_CASE("large pictures get thumbnails; strange names and a recorded call are escaped") {
@@ -70,12 +66,11 @@ TEST_CASE("large pictures get thumbnails; strange names and a recorded call are 
     write_file(run + "/call.txt", "cfa_cmodel <x> & y\n");
     REQUIRE(cfatool_run({"report", run, "-o", page_folder}).status == 0);
     const std::string page = read_file(page_folder + "/index.html");
-    CHECK(page.find("<pre>cfa_cmodel &lt;x&gt; &amp; y\n</pre>") != std::string::npos);
+    CHECK(contains(page, "<pre>cfa_cmodel &lt;x&gt; &amp; y\n</pre>"));
     CHECK(links_of(page) == std::vector<std::string>{"images/a%20%3Cb%3E%20%26%20100%25%23%3F.png",
                                                      "thumbs/a%20%3Cb%3E%20%26%20100%25%23%3F.png"});
     const RgbPicture thumbnail = read_png(page_folder + "/thumbs/a <b> & 100%#?.png");
-    CHECK(thumbnail.width == 200); // every third pixel and row
-    CHECK(thumbnail.height == 100);
+    CHECK((thumbnail.width == 200 && thumbnail.height == 100)); // every third pixel and row
     CHECK(thumbnail.samples[3 * 200 * 50] == 0x40);
     CHECK(read_png(page_folder + "/images/a <b> & 100%#?.png").width == 600);
 

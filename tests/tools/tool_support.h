@@ -8,10 +8,15 @@
 
 #include "tests/support/support.h"
 
-/// Runs cfatool with these arguments.
-inline Outcome cfatool_run(std::vector<std::string> args) {
+/// Runs cfatool with these arguments and some more.
+inline Outcome cfatool_run(std::vector<std::string> args, const std::vector<std::string> &more = {}) {
     args.insert(args.begin(), std::getenv("CFATOOL"));
+    args.insert(args.end(), more.begin(), more.end());
     return run_program(args);
+}
+
+inline bool contains(const std::string &text, const std::string &part) {
+    return text.find(part) != std::string::npos;
 }
 
 /// The top folder of the sources.

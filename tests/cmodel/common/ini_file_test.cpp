@@ -51,8 +51,8 @@ class RandomText {
         // clang-format off
         static const std::vector<std::string> pieces = {
             "[cfa]", "[cfa_sw]", "[", "]", "[cfa", "reg_cfa_enable", "reg_cfa_gsig_tol", "=", ":", " = ", ";",
-            " ;", "\t; ", "#", " ", "\t", "\r", "\v", "0", "00", "-", "+", "1", "12", "-7", "4095", "abc", "x",
-            "\xEF\xBB\xBF", "=0", "= 12 ; off", " reg_cfa_enable = 5", "\0"s, "\0= 3"s};
+            " ;", "\t; ", "#", " ", "\t", "\r", "\v", "0", "00", "-", "+", "1", "12", "-7", "4095", "abc",
+            "x", "\xEF\xBB\xBF", "=0", "= 12 ; off", " reg_cfa_enable = 5", "\0"s, "\0= 3"s};
         // clang-format on
         std::string one = pieces[static_cast<size_t>(pick(0, static_cast<int>(pieces.size()) - 1))];
         std::string run = one;
