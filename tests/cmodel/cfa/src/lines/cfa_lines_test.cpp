@@ -120,19 +120,20 @@ TEST_CASE_FIXTURE(FreshBlocks,
         const bool luma = curve.starts_with("ymoire");
         const auto put = [&](const char *role, int32_t v) { set(("reg_cfa_" + curve + role).c_str(), v); };
         const int32_t steepest = luma ? 16383 : 131071;
-        // level, limit, slope, inside
-        const std::tuple<int, int, int, bool> cases[] = {
-            {10, 200, 0, true},      {10, 200, 1, true},  {10, 200, steepest, true},
-            {10, 200, -1, false},    {200, 10, 0, true},  {200, 10, -1, true},
-            {200, 10, 1, false},     {100, 100, 0, true}, {100, 100, 1, true},
-            {0, 511, -5, false},     {511, 0, 5, false},  {200, 10, -steepest, true},
-            {0, 511, steepest, true}};
-        for (const auto &[y0, y1, s, inside] : cases) {
-            INFO(curve, ": ", y0, " to ", y1, " by ", s);
-            put(luma ? "_low" : "_y0", y0), put(luma ? "_high" : "_y1", y1);
-            put(luma ? "_slope" : "_slp0", s);
+        struct {
+            int32_t level, limit, slope;
+            bool inside;
+        } const cases[] = {{10, 200, 0, true},      {10, 200, 1, true},  {10, 200, steepest, true},
+                           {10, 200, -1, false},    {200, 10, 0, true},  {200, 10, -1, true},
+                           {200, 10, 1, false},     {100, 100, 0, true}, {100, 100, 1, true},
+                           {0, 511, -5, false},     {511, 0, 5, false},  {200, 10, -steepest, true},
+                           {0, 511, steepest, true}};
+        for (const auto &row : cases) {
+            INFO(curve, ": ", row.level, " to ", row.limit, " by ", row.slope);
+            put(luma ? "_low" : "_y0", row.level), put(luma ? "_high" : "_y1", row.limit);
+            put(luma ? "_slope" : "_slp0", row.slope);
             set(feature, 1);
-            expect_equal(compare_engine_with_model(raw), inside);
+            expect_equal(compare_engine_with_model(raw), row.inside);
             set(feature, 0);
             expect_equal(compare_engine_with_model(raw), true);
         }

@@ -52,12 +52,15 @@ TEST_CASE("cfa_CalClassifier: a step") {
     expect_plane("LV", step.LV, [](int, int, int) { return 0; });
 
     // Only LH and LV are limited. Sums of two wrap: 2^29 - 2^30 + 2^30 - 2^30.
-    const int32_t deep[][3] = {{65534, 32767, 229369}, {1 << 30, 0, 0}};
-    for (const auto &[high, limited, largest] : deep) {
-        CAPTURE(high);
-        CHECK(at_step(0, high).LH(2, 2) == limited);
-        CHECK(at_step(0, high).LMax(2, 2) == largest);
-        CHECK(at_step(0, high, true).LV(2, 2) == limited);
-        CHECK(at_step(0, high, true).LMax(2, 2) == largest);
+    struct {
+        int32_t high, limited, largest;
+    } const deep[] = {{65534, 32767, 229369}, {1 << 30, 0, 0}};
+    for (const auto &row : deep) {
+        CAPTURE(row.high);
+        const Planes across = at_step(0, row.high), down = at_step(0, row.high, true);
+        CHECK(across.LH(2, 2) == row.limited);
+        CHECK(across.LMax(2, 2) == row.largest);
+        CHECK(down.LV(2, 2) == row.limited);
+        CHECK(down.LMax(2, 2) == row.largest);
     }
 }
