@@ -109,7 +109,8 @@ TEST_CASE("curves and limits") {
         {"cmoire_sat_slp0 = -6990", "2: curve cmoire_sat: "},
         {"cmoire_sat_slp0 = -6986", "2: curve cmoire_sat: "},
         {"cmoire_ptclr_y1 = 4000",
-         "2: curve cmoire_ptclr: reg_cfa_cmoire_ptclr_slp0 = 8736 is not (y1 - y0) * 2^10 / (x1 - x0) = 853"},
+         "2: curve cmoire_ptclr: reg_cfa_cmoire_ptclr_slp0 = 8736 is not (y1 - y0) * 2^10 / (x1 - x0) = "
+         "8533"},
         {"cmoire_pd_x1 = 181\nreg_cfa_cmoire_pd_slp0 = 131071",
          "3: curve cmoire_pd: 18 bits of reg_cfa_cmoire_pd_slp0 cannot hold (y1 - y0) * 2^10 / (x1 - x0) = "
          "135267"},
