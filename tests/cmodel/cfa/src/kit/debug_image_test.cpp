@@ -38,7 +38,7 @@ TEST_CASE("a debug image of one channel: magnitude times gain, limited to the de
     dump.expect("P5\n", "2 1\n4095\n" + bytes({0, 20, 4095 >> 8, 255}));
     CHECK(dump_dbg_frame(plane, 2, 1, 8, dump.path) == 0);
     dump.expect("P5\n", "2 1\n255\n" + bytes({3, 6}));
-    const Plane deep(2, 1, 1, {1 << 30, 1 << 29}); // times 2 wraps negative and shows as 0
+    const Plane deep(2, 1, 1, {3 << 29, 1 << 29}); // times 2 wraps negative and shows as 0
     CHECK(dump_dbg_frame(deep, 0, 2, 12, dump.path) == 0);
     dump.expect("P5\n", "2 1\n4095\n" + bytes({0, 0, 15, 255}));
 }
