@@ -20,8 +20,9 @@ std::vector<std::string> findings(const std::string &text) {
 void check_each(const std::string &start, const std::string &place,
                 const std::vector<std::pair<std::string, std::string>> &texts) {
     for (const auto &[rest, want] : texts) {
-        INFO(start, rest);
-        const std::vector<std::string> found = findings(start + rest);
+        const std::string text = start + rest;
+        INFO(text);
+        const std::vector<std::string> found = findings(text);
         REQUIRE(found.size() == 1);
         CHECK(found[0].substr(0, place.size() + want.size()) == place + want);
     }
