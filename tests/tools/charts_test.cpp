@@ -107,6 +107,17 @@ TEST_CASE("noise depends on its seed alone and uses the whole range") {
     CHECK(std::set<uint32_t>(s.begin(), s.end()).size() > 2000);
 }
 
+TEST_CASE("hues: red, yellow, green and blue in eighths of a degree, and grey has none") {
+    const auto is = [](const Rgb &c, int64_t r, int64_t g, int64_t b) {
+        return c.r == r && c.g == g && c.b == b;
+    };
+    CHECK(is(colour_of_hue(0, FULL, FULL), FULL, 0, 0));
+    CHECK(is(colour_of_hue(480, FULL, FULL), FULL, FULL, 0));
+    CHECK(is(colour_of_hue(960, FULL, FULL), 0, FULL, 0));
+    CHECK(is(colour_of_hue(1920, FULL, FULL), 0, 0, FULL));
+    CHECK(is(colour_of_hue(560, 0, 1000), 1000, 1000, 1000));
+}
+
 TEST_CASE("every chart paints every size, and the noise of the scene is small") {
     for (const Chart &c : charts())
         for (const char *size : {"1x1", "1x9", "7x1"})

@@ -200,6 +200,18 @@ TEST_CASE("FIFOs as input, INI file and outputs carry the bytes of files") {
     CHECK(job.outputs() == want);
 }
 
+TEST_CASE("a FIFO between two runs: with a lock on their one file they would wait for each other") {
+    Job producer(mosaic(300, 200, 4095, 1)); // more than a FIFO holds at once
+    Job consumer(producer.expected().dc);
+    const Pictures want = consumer.expected();
+    producer.args[DC] = consumer.args[RAW] = producer.folder / "fifo";
+    REQUIRE(mkfifo(producer.args[DC].c_str(), 0600) == 0);
+    const pid_t helper = later(0, [&] { producer.run(); });
+    check_silent(consumer.run());
+    waitpid(helper, nullptr, 0);
+    CHECK(consumer.outputs() == want);
+}
+
 TEST_CASE("an output FIFO whose reader goes away is a write error, not a signal") {
     Job job(mosaic(300, 200, 4095, 1));
     job.args[RGB] = job.folder / "fifo";
