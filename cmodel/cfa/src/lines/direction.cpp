@@ -11,6 +11,12 @@ constexpr Sample select(bool condition, Sample a, Sample b) {
     return select16(-Sample{condition}, a, b);
 }
 
+// Two values, the larger first.
+template <class T> struct Sorted { T max, min; };
+template <class T> constexpr Sorted<T> sorted(T a, T b) {
+    return {a > b ? a : b, a < b ? a : b};
+}
+
 // Everything that votes on a pixel but its left neighbour: the row above, the pixel's prior, the right
 // neighbour and the row below, as votes for horizontal minus votes for vertical.
 inline Sample votes(const DirectionEvidence &e, Index i, Sample prior) {
@@ -33,12 +39,9 @@ CFA_KERNEL void direction_at_red_blue(DirectionEvidence e, DirectionLimits limit
                                       int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
-        const Sample act_max = largest(e.lh[i], e.lv[i]);
-        const Sample act_min = least(e.lh[i], e.lv[i]);
-        const int32_t sig_max = largest32(e.sig_h[i], e.sig_v[i]);
-        const int32_t sig_min = least32(e.sig_h[i], e.sig_v[i]);
+        const auto [act_max, act_min] = sorted(e.lh[i], e.lv[i]);
+        const auto [sig_max, sig_min] = sorted(e.sig_h[i], e.sig_v[i]);
         const Sample prior = toward(e.sig_h[i], e.sig_v[i]);
-
         const bool decisive = limits.decisive * largest(1, act_min >> 5) < act_max;
         const bool tolerated = act_max >= (act_min * limits.edge_tol) >> 8;
         const bool voting = limits.sig_decisive * largest32(1, sig_min >> 7) > sig_max >> 2;
@@ -51,12 +54,9 @@ CFA_KERNEL void direction_at_red_blue(DirectionEvidence e, DirectionLimits limit
 CFA_KERNEL void direction_at_green(DirectionEvidence e, DirectionLimits limits, DirectionByLeft out, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; i++) {
-        const Sample act_max = largest(e.lh[i], e.lv[i]);
-        const Sample act_min = least(e.lh[i], e.lv[i]);
-        const int32_t sig_max = largest32(e.sig_h[i], e.sig_v[i]);
-        const int32_t sig_min = least32(e.sig_h[i], e.sig_v[i]);
+        const auto [act_max, act_min] = sorted(e.lh[i], e.lv[i]);
+        const auto [sig_max, sig_min] = sorted(e.sig_h[i], e.sig_v[i]);
         const Sample prior = toward(e.sig_h[i], e.sig_v[i]);
-
         const bool decisive = act_max > largest(1, act_min >> 5) * limits.decisive;
         const bool voting = e.luma[i] >= limits.luma;
         const bool counts = sig_max >= (sig_min * limits.sig_tol) >> 5;
