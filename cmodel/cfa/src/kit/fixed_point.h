@@ -32,7 +32,7 @@ template <class Neighbourhood> int32_t binomial3x3(const Neighbourhood &P) {
            + P(1, -1) + 2 * P(1, 0) + P(1, 1);
 }
 
-/// Reciprocal 32768 / x in Q15 as the hardware's tables give it: 32768 for x <= 1, falling to 9 for x > 3640.
+/// Reciprocal 32768 / x in Q15 as the hardware's tables give it: 32768 for x <= 1, falling to 9 for x > 3276.
 int32_t get_inv(int32_t x);
 
 /// Hue, saturation and value of channels 0, 1, 2. Hue has hue_bits fractional bits of a degree: 0 is the
