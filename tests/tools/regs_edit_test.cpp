@@ -64,6 +64,8 @@ TEST_CASE("set changes one value and no other byte") {
              Case{"[cfa]\r\nreg_cfa_enable=1\r\n\r\n[x]\r\n", "3",
                   "[cfa]\r\nreg_cfa_enable=1\r\nreg_cfa_vw_thd = 3\r\n\r\n[x]\r\n"},
              Case{"[cfa]\n  junk\n", "3", "[cfa]\n  junk\nreg_cfa_vw_thd = 3\n"},
+             // Not where an indented line, a header here, would become its continuation.
+             Case{"[cfa]\n\n [x]\n 7\n", "3", "[cfa]\n\n [x]\n 7\n\n" + vw + " = 3\n"},
              Case{"[x]\na=1", "3", "[x]\na=1\n\n" + vw + " = 3\n"},
              Case{"", "3", vw + " = 3\n"},
          })

@@ -57,6 +57,21 @@ void insert(std::vector<IniLine> &lines, size_t at, const std::vector<std::strin
     }
 }
 
+/// Whether a line from `at` on would continue a setting inserted there: an indented one before the next
+/// setting or section.
+bool would_be_continued(const std::vector<IniLine> &lines, size_t at) {
+    using Kind = IniLine::Kind;
+    for (size_t i = at; i < lines.size(); ++i) {
+        if (lines[i].kind == Kind::nothing)
+            continue;
+        if (std::string(" \t\v\f\r").find(lines[i].text[0]) != std::string::npos)
+            return true;
+        if (lines[i].kind != Kind::unread)
+            return false;
+    }
+    return false;
+}
+
 } // namespace
 
 std::string set_register(const std::string &bytes, const std::string &assignment) {
@@ -77,7 +92,7 @@ std::string set_register(const std::string &bytes, const std::string &assignment
         const size_t size = continues ? in_force->value.find_first_of(" \t\v\f\r") : std::string::npos;
         in_force->text.replace(in_force->value_at, std::min(size, in_force->value.size()),
                                (touches ? " " : "") + a.value);
-    } else if (end_of_section > 0) {
+    } else if (end_of_section > 0 && !would_be_continued(lines, end_of_section)) {
         insert(lines, end_of_section, {a.key + " = " + a.value});
     } else {
         const std::string line = a.key + " = " + a.value;

@@ -9,7 +9,8 @@
 namespace cfatool {
 
 /// The file with one register changed: the line in force keeps its comment and its place; a missing key goes
-/// to the end of its section, a missing section to the end of the file; line ends stay as they are.
+/// to the end of its section (where an indented line would continue it: to the end of the file), a missing
+/// section to the end of the file; line ends stay as they are.
 /// `assignment` is "key=value"; throws Trouble for an unknown key, for what is no decimal number or out of
 /// range.
 std::string set_register(const std::string &bytes, const std::string &assignment);
