@@ -2,7 +2,8 @@
 
 #include <doctest/doctest.h>
 
-#include "tools/cfatool/options.h"
+#include "tools/cfatool/suggestion.h"
+#include "tools/cfatool/trouble.h"
 
 using namespace cfatool;
 

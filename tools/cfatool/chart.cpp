@@ -6,6 +6,7 @@
 #include "tools/cfatool/charts.h"
 #include "tools/cfatool/options.h"
 #include "tools/cfatool/subcommands.h"
+#include "tools/cfatool/suggestion.h"
 
 namespace cfatool {
 namespace {

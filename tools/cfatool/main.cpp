@@ -8,6 +8,7 @@
 
 #include "tools/cfatool/options.h"
 #include "tools/cfatool/subcommands.h"
+#include "tools/cfatool/suggestion.h"
 
 namespace {
 

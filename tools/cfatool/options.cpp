@@ -1,29 +1,7 @@
-// Options and names shared by the subcommands.
+// Options shared by the subcommands.
 #include "tools/cfatool/options.h"
 
-#include <algorithm>
-#include <numeric>
-
 namespace cfatool {
-namespace {
-
-/// Insertions, deletions and replacements that turn a into b.
-size_t edit_distance(const std::string &a, const std::string &b) {
-    std::vector<size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), size_t{0});
-    for (size_t i = 1; i <= a.size(); ++i) {
-        size_t diagonal = row[0];
-        row[0] = i;
-        for (size_t j = 1; j <= b.size(); ++j) {
-            const size_t replaced = diagonal + (a[i - 1] != b[j - 1]);
-            diagonal = row[j];
-            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
-        }
-    }
-    return row[b.size()];
-}
-
-} // namespace
 
 CLI::Option *add_thousandths(CLI::App &app, const std::string &name, int64_t &target, int64_t min,
                              int64_t max, const std::string &help) {
@@ -35,24 +13,6 @@ CLI::Option *add_thousandths(CLI::App &app, const std::string &name, int64_t &ta
 
 CLI::Option *add_output(CLI::App &app, std::string &path, const std::string &help) {
     return app.add_option("-o", path, help)->type_name("FILE")->required();
-}
-
-std::string nearest(const std::string &name, const std::vector<std::string> &candidates) {
-    std::string best;
-    size_t best_distance = std::max<size_t>(2, name.size() / 2) + 1; // farther ones help nobody
-    for (const std::string &candidate : candidates) {
-        const size_t distance = edit_distance(name, candidate);
-        if (distance < best_distance) {
-            best_distance = distance;
-            best = candidate;
-        }
-    }
-    return best;
-}
-
-std::string suggestion(const std::string &name, const std::vector<std::string> &candidates) {
-    const std::string near = nearest(name, candidates);
-    return near.empty() ? "" : "; did you mean '" + near + "'?";
 }
 
 } // namespace cfatool

@@ -5,7 +5,6 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <string>
-#include <vector>
 
 #include "tools/cfatool/numbers.h"
 #include "tools/cfatool/trouble.h"
@@ -27,11 +26,5 @@ CLI::Option *add_thousandths(CLI::App &app, const std::string &name, int64_t &ta
 
 /// Adds "-o FILE", which must be given.
 CLI::Option *add_output(CLI::App &app, std::string &path, const std::string &help);
-
-/// The candidate nearest to `name` by edit distance; empty if none is near.
-std::string nearest(const std::string &name, const std::vector<std::string> &candidates);
-
-/// "; did you mean 'chart'?" or nothing.
-std::string suggestion(const std::string &name, const std::vector<std::string> &candidates);
 
 } // namespace cfatool

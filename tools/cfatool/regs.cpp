@@ -11,6 +11,7 @@
 #include "tools/cfatool/regs_edit.h"
 #include "tools/cfatool/regs_text.h"
 #include "tools/cfatool/subcommands.h"
+#include "tools/cfatool/suggestion.h"
 
 namespace cfatool {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 #include "tools/cfatool/ini_text.h"
-#include "tools/cfatool/options.h"
+#include "tools/cfatool/suggestion.h"
 
 namespace cfatool {
 namespace {

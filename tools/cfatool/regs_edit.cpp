@@ -5,9 +5,10 @@
 
 #include "log/log.h"
 #include "tools/cfatool/ini_text.h"
-#include "tools/cfatool/options.h"
+#include "tools/cfatool/numbers.h"
 #include "tools/cfatool/output_file.h"
 #include "tools/cfatool/scratch_folder.h"
+#include "tools/cfatool/suggestion.h"
 
 namespace cfatool {
 namespace {
