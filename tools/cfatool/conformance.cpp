@@ -136,10 +136,10 @@ void compare_sums(const Sums &recorded, const Sums &made, std::vector<std::strin
 }
 
 void write_sums(const std::string &path, const Sums &sums) {
-    OutputFile file(path);
+    std::string text;
     for (const auto &[name, sum] : sums)
-        file.write(sum + "  " + name + "\n");
-    file.commit();
+        text += sum + "  " + name + "\n";
+    write_whole_file(path, text);
 }
 
 std::string absolute(const std::string &path) {

@@ -5,6 +5,7 @@
 
 #include "tools/cfatool/chart_math.h"
 #include "tools/cfatool/charts.h"
+#include "tools/cfatool/output_file.h"
 #include "tools/cfatool/registers.h"
 #include "tools/cfatool/trouble.h"
 
@@ -78,12 +79,6 @@ std::string registers_text(const ConformanceCase &c) {
     return text;
 }
 
-void write_text(const std::string &path, const std::string &text) {
-    OutputFile file(path);
-    file.write(text);
-    file.commit();
-}
-
 } // namespace
 
 std::vector<ConformanceCase> conformance_cases() {
@@ -121,9 +116,9 @@ std::vector<ConformanceCase> conformance_cases() {
 
 void write_conformance_case(const ConformanceCase &c, const std::string &folder) {
     write_mosaic(c, folder + "/raw.ppm");
-    write_text(folder + "/cfa.ini", registers_text(c));
-    write_text(folder + "/cmodel_top.ini",
-               "[cmodel_top]\nreg_img_bayerid = " + std::to_string(c.bayer) + "\n");
+    write_whole_file(folder + "/cfa.ini", registers_text(c));
+    write_whole_file(folder + "/cmodel_top.ini",
+                     "[cmodel_top]\nreg_img_bayerid = " + std::to_string(c.bayer) + "\n");
 }
 
 } // namespace cfatool

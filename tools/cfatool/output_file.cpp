@@ -66,4 +66,10 @@ void OutputFile::commit() {
     beside_.clear();
 }
 
+void write_whole_file(const std::string &path, const std::string &bytes) {
+    OutputFile file(path);
+    file.write(bytes);
+    file.commit();
+}
+
 } // namespace cfatool

@@ -30,4 +30,7 @@ class OutputFile {
     std::FILE *stream_ = nullptr;
 };
 
+/// An OutputFile of these bytes, committed.
+void write_whole_file(const std::string &path, const std::string &bytes);
+
 } // namespace cfatool

@@ -26,13 +26,10 @@ struct RegsOptions {
 using Options = std::shared_ptr<RegsOptions>;
 
 void write_text(const std::string &path, const std::string &text) {
-    if (path.empty()) {
+    if (path.empty())
         std::cout << text;
-        return;
-    }
-    OutputFile file(path);
-    file.write(text);
-    file.commit();
+    else
+        write_whole_file(path, text);
 }
 
 /// The blocks that have registers, by name.
@@ -127,9 +124,7 @@ void set(const RegsOptions &options) {
     std::string bytes = read_whole_file(file);
     for (const std::string &assignment : options.assignments)
         bytes = set_register(bytes, assignment);
-    OutputFile output(options.output.empty() ? file : options.output);
-    output.write(bytes);
-    output.commit();
+    write_whole_file(options.output.empty() ? file : options.output, bytes);
 }
 
 void dump(const RegsOptions &options) {

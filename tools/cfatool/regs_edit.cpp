@@ -128,17 +128,12 @@ void dump_registers(Registers &registers, const std::vector<std::string> &blocks
     cmodel_top_reg = registers.top;
     const ScratchFolder scratch;
     const std::string copy = scratch.path + "/registers.ini";
-    if (readable(path)) {
-        OutputFile file(copy);
-        file.write(read_whole_file(path));
-        file.commit();
-    }
+    if (readable(path))
+        write_whole_file(copy, read_whole_file(path));
     for (const std::string &block : blocks)
         block == cfa_reg_hw_table().name ? DUMP_CFA_INI(copy.c_str()) : DUMP_CMODEL_TOP_INI(copy.c_str());
     verify(registers, blocks, copy, path);
-    OutputFile file(path);
-    file.write(read_whole_file(copy));
-    file.commit();
+    write_whole_file(path, read_whole_file(copy));
 }
 
 } // namespace cfatool

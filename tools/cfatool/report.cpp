@@ -64,9 +64,7 @@ void run(const ReportOptions &options) {
     make_folders(options.output);
     for (const FoundImage &image : images)
         report.images.push_back(make_report_image(image, options.output));
-    OutputFile page(options.output + "/index.html");
-    page.write(report_page(report));
-    page.commit();
+    write_whole_file(options.output + "/index.html", report_page(report));
     std::cout << options.output << "/index.html: " << report.images.size() << " images, "
               << report.registers.size() << " registers that differ from their defaults\n";
 }
