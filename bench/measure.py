@@ -44,8 +44,6 @@ class Bench:
     def chart(self, kind, size, *more):
         picture = self.path(f"{kind}_{size[0]}x{size[1]}.ppm")
         tool = os.path.join(self.build, "cfatool")
-        if not os.path.exists(tool):
-            tool = os.path.join(self.build, "tools", "cfatool", "cfatool")
         command = [tool, "chart", kind, "--size", f"{size[0]}x{size[1]}", "--bayer", "0", *more, "-o", picture]
         if subprocess.run(command, check=False).returncode != 0:
             fail("no chart")
