@@ -5,9 +5,9 @@
 
 #include "cmodel/common/ppm_stream.h"
 #include "tests/fuzz/fuzz_support.h"
-#include "tools/cfatool/picture_compare.h"
-#include "tools/cfatool/picture_reader.h"
-#include "tools/cfatool/trouble.h"
+#include "tools/cfatool/compare/picture_compare.h"
+#include "tools/cfatool/pictures/picture_reader.h"
+#include "tools/cfatool/base/trouble.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <new>
 #include <string>
 
-#include "tools/cfatool/options.h"
+#include "tools/cfatool/base/suggestion.h"
+#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/subcommands.h"
-#include "tools/cfatool/suggestion.h"
 
 namespace {
 

@@ -1,0 +1,134 @@
+// cfatool chart: test charts as mosaics.
+#include <iostream>
+#include <memory>
+
+#include "tools/cfatool/base/integer_math.h"
+#include "tools/cfatool/base/suggestion.h"
+#include "tools/cfatool/charts/charts.h"
+#include "tools/cfatool/command_line.h"
+#include "tools/cfatool/subcommands.h"
+
+namespace cfatool {
+namespace {
+
+constexpr int64_t NOT_GIVEN = -1;
+
+struct ChartOptions {
+    bool list = false;
+    std::string name;
+    std::string size;
+    int64_t bayer = NOT_GIVEN;
+    int bits = 12;
+    uint64_t seed = 1;
+    int64_t noise = NOT_GIVEN;
+    int64_t period = NOT_GIVEN;
+    int64_t angle = NOT_GIVEN;
+    std::string rgb;
+    std::string output;
+};
+
+void print_list() {
+    for (const Chart &chart : charts())
+        std::cout << std::string(chart.name).append(16 - std::string(chart.name).size(), ' ')
+                  << chart.description << "\n";
+}
+
+const Chart &find_chart(const std::string &name) {
+    std::vector<std::string> names;
+    for (const Chart &chart : charts()) {
+        if (name == chart.name)
+            return chart;
+        names.emplace_back(chart.name);
+    }
+    throw UsageTrouble("unknown chart '" + name + "'" + suggestion(name, names));
+}
+
+/// Refuses an option that the chart would ignore.
+void refuse(bool given, const char *option, const Chart &chart) {
+    if (given)
+        throw UsageTrouble(std::string(chart.name) + " takes no " + option);
+}
+
+Canvas canvas_of(const ChartOptions &options, const Chart &chart, const MosaicForm &form) {
+    refuse(options.period != NOT_GIVEN && chart.period == 0, "--period", chart);
+    refuse(options.angle != NOT_GIVEN && chart.angle < 0, "--angle", chart);
+    refuse(!options.rgb.empty() && std::string(chart.name) != "flat", "--rgb", chart);
+    Canvas canvas;
+    canvas.width = form.width;
+    canvas.height = form.height;
+    canvas.max = form.max();
+    canvas.seed = options.seed;
+    canvas.period = options.period != NOT_GIVEN ? options.period : chart.period;
+    canvas.angle = options.angle != NOT_GIVEN ? options.angle : chart.angle;
+    const int64_t middle = form.max() / 2 + 1;
+    canvas.colour = {middle, middle, middle};
+    if (!options.rgb.empty()) {
+        const auto rgb = parse_list(options.rgb, "--rgb", ',', 3, 0, form.max());
+        canvas.colour = {rgb[0], rgb[1], rgb[2]};
+    }
+    return canvas;
+}
+
+MosaicForm form_of(const ChartOptions &options, const Chart &chart) {
+    const Size size = parse_size(options.size, "--size");
+    MosaicForm form;
+    form.width = size.width;
+    form.height = size.height;
+    form.bayer = static_cast<uint32_t>(options.bayer);
+    form.bits = options.bits;
+    form.full = chart.in_samples ? form.max() : FULL;
+    form.noise = options.noise != NOT_GIVEN ? options.noise : chart.noise * form.max() / 4095;
+    form.seed = options.seed;
+    return form;
+}
+
+void write_chart(const ChartOptions &options) {
+    const Chart &chart = find_chart(options.name);
+    const MosaicForm form = form_of(options, chart);
+    const Painter paint = chart.paint(canvas_of(options, chart, form));
+    MosaicWriter writer(options.output, form);
+    std::vector<Rgb> row(form.width);
+    for (int y = 0; y < form.height; ++y) {
+        for (int x = 0; x < form.width; ++x)
+            row[x] = paint(x, y);
+        writer.write_row(row);
+    }
+    writer.commit();
+}
+
+void run(const ChartOptions &options) {
+    if (options.list)
+        return print_list();
+    const std::pair<bool, const char *> needed[] = {{!options.name.empty(), "NAME"},
+                                                    {!options.size.empty(), "--size"},
+                                                    {options.bayer != NOT_GIVEN, "--bayer"},
+                                                    {!options.output.empty(), "-o"}};
+    for (const auto &[given, name] : needed)
+        if (!given)
+            throw UsageTrouble(std::string(name) + " is required");
+    write_chart(options);
+}
+
+} // namespace
+
+void add_chart(CLI::App &program, int &) {
+    const auto options = std::make_shared<ChartOptions>();
+    CLI::App *app = program.add_subcommand("chart", "Write a test chart as a mosaic (P5)");
+    app->add_flag("--list", options->list, "Name the charts, a line each");
+    app->add_option("NAME", options->name, "The chart")->type_name("");
+    app->add_option("--size", options->size, "Width and height in pixels, 1 to 65535 each")->type_name("WxH");
+    add_number(*app, "--bayer", options->bayer, 0, 15, "Pattern id, 0 to 15: 0 BGGR, 1 GBRG, 2 GRBG, 3 RGGB");
+    add_number(*app, "--bits", options->bits, 2, 31, "Depth of the samples, 2 to 31 (12)");
+    add_number(*app, "--seed", options->seed, 0, INT64_MAX, "Seed of noise and random charts (1)");
+    add_thousandths(*app, "--noise", options->noise, 0, 1000000000,
+                    "Standard deviation of normal noise, in sample steps (scene: 4 at 12 bits; others 0)");
+    add_thousandths(*app, "--period", options->period, 1000, 1000000, "Distance of what repeats, in pixels");
+    add_thousandths(*app, "--angle", options->angle, 0, 360000, "Angle in degrees");
+    app->add_option("--rgb", options->rgb, "Colour of the flat chart, in samples")->type_name("R,G,B");
+    app->add_option("-o", options->output, "The file to write")->type_name("FILE");
+    app->footer("Example: cfatool chart scene --size 640x480 --bayer 3 -o scene.ppm\n"
+                "The same arguments give the same bytes on every machine.");
+    app->callback([options] { run(*options); });
+}
+
+} // namespace cfatool

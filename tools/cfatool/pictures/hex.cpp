@@ -1,0 +1,81 @@
+// cfatool hex: a picture as $readmemh text.
+#include <algorithm>
+#include <bit>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "tools/cfatool/base/output_file.h"
+#include "tools/cfatool/command_line.h"
+#include "tools/cfatool/pictures/picture_crop.h"
+#include "tools/cfatool/subcommands.h"
+
+namespace cfatool {
+namespace {
+
+struct HexOptions {
+    std::string file;
+    std::string crop;
+    std::string output;
+};
+
+int digits_of(uint32_t sample) {
+    return (static_cast<int>(std::bit_width(sample)) + 3) / 4;
+}
+
+/// One sample as a line of at least `digits` hexadecimal digits.
+void append_hex(std::string &text, uint32_t sample, int digits) {
+    for (int i = std::max(digits, digits_of(sample)) - 1; i >= 0; --i)
+        text += "0123456789abcdef"[sample >> (4 * i) & 15];
+    text += '\n';
+}
+
+void run(const HexOptions &options) {
+    PictureReader reader(options.file);
+    const PictureInfo &info = reader.info();
+    const Crop crop = crop_in(options.crop, reader);
+    const int digits = digits_of(info.max);
+    std::optional<OutputFile> file;
+    if (!options.output.empty())
+        file.emplace(options.output);
+
+    uint64_t wide = 0; // samples that need more digits
+    std::vector<uint32_t> row;
+    for (int y = 0; y < info.height; ++y) {
+        reader.read_row(row);
+        if (y < crop.y || y >= crop.y + crop.height)
+            continue;
+        std::string text;
+        const size_t begin = static_cast<size_t>(crop.x) * info.channels;
+        for (size_t i = begin; i < begin + static_cast<size_t>(crop.width) * info.channels; ++i) {
+            append_hex(text, row[i], digits);
+            wide += digits_of(row[i]) > digits;
+        }
+        file ? file->write(text) : static_cast<void>(std::cout << text);
+    }
+    reader.finish();
+    if (file)
+        file->commit();
+    if (wide > 0)
+        std::cerr << options.file << ": " << wide << " samples above the maximum value " << info.max
+                  << " take more than " << digits << " digits\n";
+}
+
+} // namespace
+
+void add_hex(CLI::App &program, int &) {
+    const auto options = std::make_shared<HexOptions>();
+    CLI::App *app = program.add_subcommand("hex", "Print a picture as $readmemh text, one sample a line");
+    app->add_option("FILE", options->file, "P5 or P6 picture, 1 to 4 bytes a sample")
+        ->type_name("")
+        ->required();
+    app->add_option("--crop", options->crop, "Only this part")->type_name("X,Y,W,H");
+    app->add_option("-o", options->output, "Write to this file instead of standard output")
+        ->type_name("FILE");
+    app->footer(
+        "Example: cfatool hex raw.ppm -o raw.mem\n"
+        "Rows top to bottom, R, G, B of a pixel one after the other; as many digits as the maximum value.");
+    app->callback([options] { run(*options); });
+}
+
+} // namespace cfatool

@@ -1,0 +1,56 @@
+// Sampling an RGB picture through a colour-filter array into a P5 file.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/cfatool/base/output_file.h"
+
+namespace cfatool {
+
+/// One pixel; what is full scale is said by who holds it.
+struct Rgb {
+    int64_t r = 0;
+    int64_t g = 0;
+    int64_t b = 0;
+};
+
+/// What a site of this colour code sees: code 3 red, 0 blue, 1, 2, 16 and 17 green, every other code (18 and
+/// 19 of the 4 x 4 patterns, 7 of the placeholder ids 4 to 7) the luma (R + 2G + B) / 4.
+int64_t site_value(uint32_t code, const Rgb &colour);
+
+/// How a picture becomes a mosaic.
+struct MosaicForm {
+    int width = 0;
+    int height = 0;
+    uint32_t bayer = 0; // pattern id, 0..15
+    int bits = 12;      // depth of the samples, 2..31
+    int64_t full = 0;   // the value in the picture that becomes the largest sample
+    int64_t noise = 0;  // standard deviation in thousandths of a sample step
+    uint64_t seed = 1;  // of the noise
+
+    uint32_t max() const { return (1u << bits) - 1; }
+};
+
+/// Writes a mosaic in the model's form (P5 with its comment line, samples of 1 to 4 bytes) row by row.
+/// Every member throws Trouble naming the file and the reason.
+class MosaicWriter {
+  public:
+    MosaicWriter(const std::string &path, const MosaicForm &form);
+
+    /// The next row. REQUIRES `width` pixels. Values are scaled to the depth (rounded to nearest), noise is
+    /// added, and the sum is limited to 0..max.
+    void write_row(const std::vector<Rgb> &row);
+    void commit() { file_.commit(); }
+
+  private:
+    int64_t sample_of(int x, const Rgb &colour) const;
+
+    MosaicForm form_;
+    OutputFile file_;
+    std::vector<uint8_t> buffer_; // one row as it stands in the file
+    int y_ = 0;
+};
+
+} // namespace cfatool

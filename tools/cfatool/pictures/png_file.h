@@ -1,0 +1,51 @@
+// PNG files through libpng.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/cfatool/base/output_file.h"
+
+namespace cfatool {
+
+/// Writes an 8-bit RGB PNG row by row. No time and no text chunk: the same rows give the same file.
+/// Every member throws Trouble naming the file and the reason.
+class PngWriter {
+  public:
+    /// REQUIRES width >= 1 and height >= 1.
+    PngWriter(const std::string &path, int width, int height);
+    ~PngWriter();
+    PngWriter(const PngWriter &) = delete;
+    PngWriter &operator=(const PngWriter &) = delete;
+
+    /// The next row, 3 x width samples. REQUIRES fewer than `height` calls before.
+    void write_row(const std::vector<uint8_t> &row);
+    /// REQUIRES that all rows have been written.
+    void commit();
+
+  private:
+    struct State;
+    void fail() const;
+    void flush();
+
+    OutputFile file_;
+    State *state_;
+};
+
+/// A whole RGB picture; channels interleaved, max 255 or 65535.
+struct RgbPicture {
+    int width = 0;
+    int height = 0;
+    uint32_t max = 0;
+    std::vector<uint8_t> samples; // 1 or 2 (max 65535, high byte first) bytes each
+};
+
+/// Whether the file begins as a PNG file does. False for one that cannot be opened.
+bool is_png(const std::string &path);
+
+/// Reads an RGB PNG of 8 or 16 bits (or with a palette of RGB colours), values as they stand, no gamma
+/// applied. Throws Trouble for a missing or malformed file, for alpha and for greyscale.
+RgbPicture read_png(const std::string &path);
+
+} // namespace cfatool

@@ -1,0 +1,70 @@
+// Register values for the subcommands.
+#include "tools/cfatool/registers/registers.h"
+
+#include <cstdio>
+
+#include "cmodel/common/ini_file.h"
+#include "tools/cfatool/base/trouble.h"
+#include "tools/cfatool/runs/run_images.h"
+
+namespace cfatool {
+namespace {
+
+int load_line(void *user, const char *section, const char *key, const char *value) {
+    static_cast<Registers *>(user)->apply(section, key, value);
+    return 1;
+}
+
+} // namespace
+
+Registers::Registers() {
+    for (const BlockPart &p : parts())
+        register_reset(*p.part, *p.table, nullptr);
+}
+
+std::vector<BlockPart> Registers::parts() {
+    return {{&cfa_reg_hw_table(), &cfa.hw},
+            {&cfa_reg_sw_table(), &cfa.sw},
+            {&cmodel_top_reg_hw_table(), &top.hw},
+            {&cmodel_top_reg_sw_table(), &top.sw}};
+}
+
+void Registers::apply(const std::string &section, const std::string &key, const std::string &value) {
+    for (const BlockPart &p : parts())
+        register_load(*p.part, *p.table, section.c_str(), key.c_str(), value.c_str());
+}
+
+void Registers::load(const std::string &path) {
+    if (is_folder(path))
+        throw file_trouble(path, "is a folder");
+    if (ini_load_file(path.c_str(), load_line, this) == -1)
+        throw errno_trouble(path);
+}
+
+FoundRegister find_register(Registers &registers, const std::string &key) {
+    for (const BlockPart &p : registers.parts())
+        if (const RegisterInfo *info = p.table->find(key.c_str()))
+            return {p, info};
+    return {{nullptr, nullptr}, nullptr};
+}
+
+std::vector<std::string> register_keys(Registers &registers) {
+    std::vector<std::string> keys;
+    for (const BlockPart &p : registers.parts())
+        for (const RegisterInfo &info : p.table->registers)
+            keys.emplace_back(info.key);
+    return keys;
+}
+
+std::string width_text(const RegisterInfo &info) {
+    return std::to_string(info.bits) + (info.bits == 1 ? " bit" : " bits") +
+           (info.is_signed ? " signed, " : ", ") + std::to_string(register_min(info.bits, info.is_signed)) +
+           ".." + std::to_string(register_max(info.bits, info.is_signed));
+}
+
+bool readable(const std::string &path) {
+    std::FILE *const stream = std::fopen(path.c_str(), "rb");
+    return stream != nullptr && std::fclose(stream) == 0;
+}
+
+} // namespace cfatool
