@@ -1,5 +1,5 @@
-// golden_test TOOL FOLDER: runs the tool on every case of the folder, with debug images, and compares all it
-// writes with what is recorded, byte for byte. One line per file that differs, is missing or is too many.
+// golden_test TOOL FOLDER...: runs the tool on every case of the folders, with debug images, and compares all
+// it writes with what is recorded, byte for byte. One line per file that differs, is missing or is too many.
 //
 // A case is a folder with cfa.ini, cmodel_top.ini, raw.ppm, the outputs out.ppm, out_dc.ppm, out_sg.ppm, and
 // dbg/ with its debug images, if it has any.
@@ -84,8 +84,8 @@ int check_case(const std::string &tool, const fs::path &folder, const fs::path &
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc != 3) {
-        std::fprintf(stderr, "Usage: golden_test TOOL FOLDER\n");
+    if (argc < 3) {
+        std::fprintf(stderr, "Usage: golden_test TOOL FOLDER...\n");
         return 2;
     }
     std::string pattern = fs::temp_directory_path() / "cfa_golden.XXXXXX";
@@ -93,9 +93,11 @@ int main(int argc, char **argv) {
         return 2;
     int cases = 0;
     int faults = 0;
-    for (const auto &entry : fs::directory_iterator(argv[2])) {
-        faults += check_case(argv[1], entry.path(), fs::path(pattern) / entry.path().filename());
-        cases++;
+    for (int i = 2; i < argc; i++) {
+        for (const auto &entry : fs::directory_iterator(argv[i])) {
+            faults += check_case(argv[1], entry.path(), fs::path(pattern) / entry.path().filename());
+            cases++;
+        }
     }
     fs::remove_all(pattern);
     std::printf("%d cases, %d faults\n", cases, faults);

@@ -13,4 +13,4 @@ unset CXXFLAGS CFLAGS LDFLAGS CMAKE_BUILD_TYPE CMAKE_GENERATOR MAKEFLAGS || true
     cat "$scratch/log"
     exit 1
 }
-"$golden_test" "$scratch/build/cfa_cmodel" "$source/tests/data/golden"
+"$golden_test" "$scratch/build/cfa_cmodel" "$source/tests/data/golden" "$source/tests/data/golden2"
