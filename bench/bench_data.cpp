@@ -5,6 +5,8 @@
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 
+using namespace cfa;
+
 const std::vector<Sample> &bench_mosaic() {
     static const std::vector<Sample> mosaic = [] {
         std::vector<Sample> samples(static_cast<size_t>(bench_pixels));

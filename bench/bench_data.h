@@ -5,14 +5,14 @@
 
 #include <benchmark/benchmark.h>
 
-#include "cmodel/cfa/src/lines/kernel.h"
+#include "cmodel/cfa/src/lines/kernels/basics.h"
 
 constexpr int bench_width = 2000;
 constexpr int bench_height = 1500;
 constexpr double bench_pixels = double{bench_width} * bench_height;
 
 /// A random u12 mosaic of that size, the same in every run.
-const std::vector<Sample> &bench_mosaic();
+const std::vector<cfa::Sample> &bench_mosaic();
 
 /// Sets all registers to their reset values; `all_features` adds luma moire, sharpening and the third
 /// protected hue.

@@ -4,13 +4,15 @@
 #include "bench/bench_data.h"
 #include "cmodel/cfa/src/lines/engine.h"
 
+using namespace cfa;
+
 namespace {
 
 class ArraySource : public RowSource {
   public:
     void read(int y, Sample *even, Sample *odd) override {
         const Sample *const row = bench_mosaic().data() + static_cast<size_t>(y) * bench_width;
-        for (int i = 0; i < bench_width / 2; i++) {
+        for (int i = 0; i < bench_width / 2; ++i) {
             even[i] = row[2 * i];
             odd[i] = row[2 * i + 1];
         }

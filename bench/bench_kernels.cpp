@@ -5,8 +5,10 @@
 
 #include "bench/bench_data.h"
 #include "bench/bench_rows.h"
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
 #include "cmodel/cfa/src/lines/settings.h"
+
+using namespace cfa;
 
 namespace {
 

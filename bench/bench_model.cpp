@@ -5,9 +5,12 @@
 
 #include "bench/bench_data.h"
 #include "cmodel/cfa/src/cfa_hw.h"
-#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/cfa_model.h"
+#include "cmodel/cfa/src/lines/frame_rows.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/frame.h"
+
+using namespace cfa;
 
 namespace {
 

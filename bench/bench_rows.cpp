@@ -2,6 +2,8 @@
 
 #include <random>
 
+using namespace cfa;
+
 namespace {
 
 constexpr int n = padded_half(bench_width);
@@ -11,10 +13,10 @@ constexpr int n = padded_half(bench_width);
 BenchRows::BenchRows() {
     fill_samples();
     std::mt19937 random(2);
-    for (int parity = 0; parity < 2; parity++) {
+    for (int parity = 0; parity < 2; ++parity) {
         const DirectionByLeft left = by_left(parity);
         int32_t *const variance = variance_.write(0, parity);
-        for (int i = 0; i < n; i++) {
+        for (int i = 0; i < n; ++i) {
             variance[i] = static_cast<int32_t>(random() % 131072);
             for (Sample *const row : {left.if_blend, left.if_horizontal, left.if_vertical})
                 row[i] = static_cast<Sample>(static_cast<int>(random() % 3) - 1);
@@ -26,10 +28,10 @@ BenchRows::BenchRows() {
 }
 
 void BenchRows::fill_samples() {
-    for (int y = 0; y < rows; y++) {
-        for (int parity = 0; parity < 2; parity++) {
+    for (int y = 0; y < rows; ++y) {
+        for (int parity = 0; parity < 2; ++parity) {
             Sample *const half = samples_.write(y, parity);
-            for (int i = 0; i < bench_width / 2; i++)
+            for (int i = 0; i < bench_width / 2; ++i)
                 half[i] = bench_mosaic()[static_cast<size_t>(y) * bench_width + 2 * i + parity];
         }
         samples_.mirror(y);

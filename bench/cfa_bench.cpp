@@ -9,6 +9,8 @@
 #include "bench/bench_data.h"
 #include "log/log.h"
 
+using namespace cfa;
+
 namespace {
 
 // Prints what the console reporter prints, with nanoseconds a pixel, and keeps those for the summary.

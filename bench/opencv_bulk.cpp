@@ -16,7 +16,7 @@ namespace {
 void swap_bytes(cv::Mat &picture) {
     auto *const samples = picture.ptr<uint16_t>();
     const size_t count = picture.total() * static_cast<size_t>(picture.channels());
-    for (size_t i = 0; i < count; i++)
+    for (size_t i = 0; i < count; ++i)
         samples[i] = static_cast<uint16_t>(samples[i] << 8 | samples[i] >> 8);
 }
 

@@ -1,20 +1,24 @@
 # What `cmake --install` adds to the programs: library, headers, pkg-config file, man pages, completion, data.
 install(TARGETS cfa_common cfa_model ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 
-# Headers keep their tree, so that they find each other: #include "cmodel/cfa/src/cfa_hw.h".
+# Installed headers lie side by side and find each other by their names: #include "cfa_hw.h".
 foreach(header
     log/log.h
-    cmodel/common/color_id.h cmodel/common/curve.h cmodel/common/frame.h cmodel/common/ini_file.h
-    cmodel/common/ppm.h cmodel/common/register_block.h
+    cmodel/common/color_id.h cmodel/common/curve.h cmodel/common/frame.h cmodel/common/image_file.h
+    cmodel/common/ini_file.h cmodel/common/ppm.h cmodel/common/register_block.h
     cmodel/cfa/src/cfa_hw.h cmodel/cfa/src/stages.h
-    cmodel/cfa/src/kit/debug_image.h cmodel/cfa/src/kit/fixed_point.h
+    cmodel/cfa/src/kit/debug_image.h cmodel/cfa/src/kit/fixed_point.h cmodel/cfa/src/kit/window.h
     cmodel/cfa/src/reg_parse/cfa_reg.h
     cmodel/cfa/src/reg_parse/cfa_reg_hw_def.inc cmodel/cfa/src/reg_parse/cfa_reg_sw_def.inc
     cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h
     cmodel/cmodel_top/src/reg_parse/cmodel_top_reg_hw_def.inc
     cmodel/cmodel_top/src/reg_parse/cmodel_top_reg_sw_def.inc)
-  get_filename_component(folder "${header}" DIRECTORY)
-  install(FILES "${header}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/cfa_cmodel/${folder}")
+  file(READ "${PROJECT_SOURCE_DIR}/${header}" text)
+  string(REGEX REPLACE "#include \"(cmodel|log)/([a-z_]+/)*" "#include \"" text "${text}")
+  get_filename_component(name "${header}" NAME)
+  file(CONFIGURE OUTPUT "${PROJECT_BINARY_DIR}/include/${name}" CONTENT "${text}" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/include/${name}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/cfa_cmodel")
+  set_property(DIRECTORY "${PROJECT_SOURCE_DIR}" APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/${header}")
 endforeach()
 
 # The pkg-config file finds the rest from its own place: an installed tree may be moved.
@@ -28,8 +32,8 @@ foreach(kind LIBDIR INCLUDEDIR)
     set(${variable} "\${prefix}/${CMAKE_INSTALL_${kind}}")
   endif()
 endforeach()
-configure_file("${CMAKE_SOURCE_DIR}/cmake/cfa_cmodel.pc.in" "${CMAKE_BINARY_DIR}/cfa_cmodel.pc" @ONLY)
-install(FILES "${CMAKE_BINARY_DIR}/cfa_cmodel.pc" DESTINATION "${pc_folder}")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/cfa_cmodel.pc.in" "${PROJECT_BINARY_DIR}/cfa_cmodel.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/cfa_cmodel.pc" DESTINATION "${pc_folder}")
 
 install(FILES docs/man/cfa_cmodel.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 install(FILES samples/cfa.ini samples/cmodel_top.ini DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel/samples")

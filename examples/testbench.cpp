@@ -2,11 +2,13 @@
 //   c++ -std=c++20 testbench.cpp $(pkg-config --cflags --libs cfa_cmodel) -o testbench && ./testbench cfa.ini
 #include <cstdio>
 
-#include "cmodel/cfa/src/cfa_hw.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
-#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
-#include "cmodel/common/color_id.h"
-#include "log/log.h"
+#include "cfa_hw.h"
+#include "cfa_reg.h"
+#include "cmodel_top_reg.h"
+#include "color_id.h"
+#include "log.h"
+
+using namespace cfa;
 
 int main(int argc, char **argv) {
     log_set_quiet(1);
@@ -20,8 +22,8 @@ int main(int argc, char **argv) {
     const FramePtr rgb = plane_like(raw.get(), FRAME_TYPE_IMG, 3, 12);
     const FramePtr dc = plane_like(raw.get(), FRAME_TYPE_IMG, 1, 12);
     const FramePtr gain = plane_like(raw.get(), FRAME_TYPE_IMG, 1, 12);
-    for (int y = 0; y < 48; y++)
-        for (int x = 0; x < 64; x++)
+    for (int y = 0; y < 48; ++y)
+        for (int x = 0; x < 64; ++x)
             sample(raw.get(), y, x) = CM_GET_COLOR_ID(y, x, 3) == CODE_R ? 1500 : 1000;
 
     cfa_hw(raw.get(), rgb.get(), dc.get(), gain.get());

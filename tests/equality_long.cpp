@@ -11,6 +11,8 @@
 #include "tests/support/equality.h"
 #include "tests/support/reciprocals.h"
 
+using namespace cfa;
+
 namespace {
 
 constexpr int ENOUGH_FAILURES = 10;

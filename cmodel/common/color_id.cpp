@@ -1,5 +1,10 @@
 #include "cmodel/common/color_id.h"
 
+#include <cassert>
+#include <iterator>
+
+using namespace cfa;
+
 namespace {
 
 // One pattern per id: a 2 x 2 grid in the first four entries for ids 0 to 3, else a 4 x 4 grid, rows top to
@@ -26,6 +31,7 @@ constexpr uint8_t patterns[20][16] = {
 } // namespace
 
 uint32_t CM_GET_COLOR_ID(uint32_t row, uint32_t col, uint32_t bayer_id) {
+    assert(bayer_id < std::size(patterns));
     if (bayer_id < 4)
         return patterns[bayer_id][2 * (row & 1) + (col & 1)];
     return patterns[bayer_id][4 * (row & 3) + (col & 3)];

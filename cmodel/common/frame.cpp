@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 
-#include <unistd.h>
+#include "cmodel/common/allocation_error.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -13,14 +15,7 @@ constexpr uint64_t MAX_SAMPLES = 2147483647;
 
 } // namespace
 
-void CM_AllocationError() {
-    // Not through a stream: there is no memory to count on.
-    static const char message[] = "Unable to allocate memory\n";
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, message, sizeof message - 1);
-    std::exit(1);
-}
-
-bool CM_FrameSizeOk(uint32_t width, uint32_t height, uint32_t channels) {
+bool cfa::frame_size_ok(uint32_t width, uint32_t height, uint32_t channels) {
     if (static_cast<int32_t>(width) < 0 || static_cast<int32_t>(height) < 0)
         return false;
     // Both below 2^31, so the product of two fits 64 bits; channels is divided, not multiplied.
@@ -30,16 +25,16 @@ bool CM_FrameSizeOk(uint32_t width, uint32_t height, uint32_t channels) {
 
 FRAME *CM_NewFRAME(uint32_t type, uint32_t format, uint32_t width, uint32_t height, uint32_t channels,
                    uint32_t bit_depth) {
-    if (!CM_FrameSizeOk(width, height, channels))
-        CM_AllocationError();
+    if (!frame_size_ok(width, height, channels))
+        allocation_error();
     auto *const frame = static_cast<FRAME *>(std::malloc(sizeof(FRAME)));
     if (frame == nullptr)
-        CM_AllocationError();
+        allocation_error();
     const size_t samples = static_cast<size_t>(width) * height * channels;
     auto *const data = static_cast<uint32_t *>(std::calloc(samples + SPARE_SAMPLES, sizeof(uint32_t)));
     if (data == nullptr) {
         std::free(frame);
-        CM_AllocationError();
+        allocation_error();
     }
     *frame = {type, format, width, height, channels, bit_depth, data};
     return frame;

@@ -1,6 +1,7 @@
 // FRAME: one image plane, and who owns it.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -35,11 +36,10 @@ FRAME *CM_NewFRAME(uint32_t type, uint32_t format, uint32_t width, uint32_t heig
 /// Frees the samples and the record; a null frame, or one whose buffer is null, is left as it is. Returns 0.
 int CM_DelFRAME(FRAME *frame);
 
-/// What CM_NewFRAME does when it cannot make a frame: one line on standard error, status 1.
-[[noreturn]] void CM_AllocationError();
+namespace cfa {
 
 /// Whether CM_NewFRAME accepts these counts (width and height read as signed).
-bool CM_FrameSizeOk(uint32_t width, uint32_t height, uint32_t channels);
+bool frame_size_ok(uint32_t width, uint32_t height, uint32_t channels);
 
 struct FrameDeleter {
     void operator()(FRAME *frame) const { CM_DelFRAME(frame); }
@@ -54,13 +54,29 @@ inline FramePtr plane_like(const FRAME *like, uint32_t type, uint32_t channels, 
     return FramePtr(CM_NewFRAME(type, format, like->width, like->height, channels, bit_depth));
 }
 
-/// Sample (y, x) of channel c for writing. REQUIRES the position to lie in the frame.
+/// Width and height as the numbers that loops count in.
+inline int width_of(const FRAME *frame) {
+    return static_cast<int>(frame->width);
+}
+inline int height_of(const FRAME *frame) {
+    return static_cast<int>(frame->height);
+}
+
+/// Index of sample (y, x) of channel c. REQUIRES the position to lie in the frame.
+inline size_t sample_index(const FRAME *frame, int y, int x, int c) {
+    assert(0 <= y && y < height_of(frame) && 0 <= x && x < width_of(frame));
+    assert(0 <= c && c < static_cast<int>(frame->channels));
+    return (static_cast<size_t>(y) * frame->width + x) * frame->channels + c;
+}
+
+/// Sample (y, x) of channel c for writing.
 inline uint32_t &sample(FRAME *frame, int y, int x, int c = 0) {
-    return frame->data[(static_cast<size_t>(y) * frame->width + x) * frame->channels + c];
+    return frame->data[sample_index(frame, y, x, c)];
 }
 
 /// Sample (y, x) of channel c, read as the signed 32-bit number that the arithmetic works on.
 inline int32_t value(const FRAME *frame, int y, int x, int c = 0) {
-    return static_cast<int32_t>(
-        frame->data[(static_cast<size_t>(y) * frame->width + x) * frame->channels + c]);
+    return static_cast<int32_t>(frame->data[sample_index(frame, y, x, c)]);
 }
+
+} // namespace cfa

@@ -11,7 +11,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "cmodel/common/frame.h"
+#include "cmodel/common/allocation_error.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -33,7 +35,7 @@ int open_retrying(const char *path, int flags) {
         fd = open(path, flags | O_CLOEXEC, 0666);
     while (fd < 0 && errno == EINTR);
     if (fd < 0 && errno == ENOMEM)
-        CM_AllocationError();
+        allocation_error();
     return fd;
 }
 
@@ -101,7 +103,7 @@ std::FILE *CM_Fopen(const char *path, const char *mode) {
     }
     std::FILE *const stream = fdopen(file.fd, mode);
     if (stream == nullptr)
-        CM_AllocationError();
+        allocation_error();
     if (!file.locked)
         lock(file.fd);
     if (writing && is_type(file.fd, S_IFREG) && ftruncate(file.fd, 0) != 0)
@@ -115,7 +117,7 @@ int CM_Fclose(std::FILE *stream) {
     return std::fclose(stream);
 }
 
-void image_write(std::FILE *stream, const char *path, const void *data, size_t size) {
+void cfa::image_write(std::FILE *stream, const char *path, const void *data, size_t size) {
     const int fd = fileno(stream);
     const char *next = static_cast<const char *>(data);
     while (size > 0) {
@@ -129,7 +131,7 @@ void image_write(std::FILE *stream, const char *path, const void *data, size_t s
     }
 }
 
-void image_close_written(std::FILE *stream, const char *path) {
+void cfa::image_close_written(std::FILE *stream, const char *path) {
     // Closing a duplicate makes a network file system report what it could not write while the file can still
     // be cut.
     const int fd = fileno(stream);

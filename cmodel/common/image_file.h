@@ -12,9 +12,13 @@ std::FILE *CM_Fopen(const char *path, const char *mode);
 /// Releases the lock and closes. Returns the result of the close.
 int CM_Fclose(std::FILE *stream);
 
+namespace cfa {
+
 /// Writes `size` bytes, past the buffer of the stream, which must be empty. A failure ends the process with
 /// one line and status 1; a regular file is cut to length 0 first, so that it does not look finished.
 void image_write(std::FILE *stream, const char *path, const void *data, size_t size);
 
 /// CM_Fclose of a stream that was written to; a failure that the close reports ends the process as above.
 void image_close_written(std::FILE *stream, const char *path);
+
+} // namespace cfa

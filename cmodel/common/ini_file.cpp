@@ -9,7 +9,9 @@
 
 #include <ini.h>
 
-#include "cmodel/common/frame.h"
+#include "cmodel/common/allocation_error.h"
+
+namespace cfa {
 
 namespace {
 
@@ -46,7 +48,7 @@ class ShortLine {
     void add(char c) {
         if (*bom_left_ != '\0' && c == *bom_left_) {
             bom_ += c;
-            bom_left_++;
+            ++bom_left_;
             return;
         }
         if (*bom_left_ != '\0') { // no mark, or not all of it: text
@@ -157,7 +159,7 @@ char *read_line(char *line, int size, void *user) {
         ended = ended || character == '\0';
         if (length < room)
             line[length] = character;
-        length++;
+        ++length;
         if (!ended)
             short_line.add(character);
     }
@@ -177,7 +179,7 @@ int ini_load_file(const char *path, IniHandler handler, void *user) {
     std::FILE *const stream = std::fopen(path, "r");
     if (stream == nullptr) {
         if (errno == ENOMEM) // not a missing file: the defaults would go unnoticed
-            CM_AllocationError();
+            allocation_error();
         return -1;
     }
     Source source{stream};
@@ -185,3 +187,5 @@ int ini_load_file(const char *path, IniHandler handler, void *user) {
     std::fclose(stream);
     return result;
 }
+
+} // namespace cfa

@@ -1,6 +1,8 @@
 // INI files of any line length, through the INI parser library.
 #pragma once
 
+namespace cfa {
+
 /// Called once per name/value line with the section in force; returns non-zero on success.
 using IniHandler = int (*)(void *user, const char *section, const char *key, const char *value);
 
@@ -9,3 +11,5 @@ using IniHandler = int (*)(void *user, const char *section, const char *key, con
 /// than the parser's buffer reaches the handler with the same section and a value that converts to the same
 /// integer. Its key is cut after 80 characters, and loses leading zeros if it starts with a number.
 int ini_load_file(const char *path, IniHandler handler, void *user);
+
+} // namespace cfa

@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <memory>
 
+namespace cfa {
+
 struct LargeBufferDeleter {
     void operator()(uint8_t *bytes) const { std::free(bytes); }
 };
@@ -16,3 +18,5 @@ using LargeBuffer = std::unique_ptr<uint8_t[], LargeBufferDeleter>;
 /// Makes a buffer whose bytes have no value yet. Where the system offers huge pages it lies on them: the
 /// first write to it costs a sixth. Ends the process as CM_NewFRAME does when memory is short.
 LargeBuffer make_large_buffer(size_t size);
+
+} // namespace cfa

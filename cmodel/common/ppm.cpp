@@ -4,6 +4,8 @@
 
 #include "cmodel/common/ppm_stream.h"
 
+using namespace cfa;
+
 namespace {
 
 // Channel 0 of every pixel, `repeat` times each, row by row.
@@ -11,10 +13,10 @@ void write_channel_0(PpmWriter &writer, const FRAME *frame, size_t repeat) {
     const size_t width = frame->width;
     const size_t channels = frame->channels;
     std::vector<uint32_t> row(width * repeat);
-    for (size_t y = 0; y < frame->height; y++) {
+    for (size_t y = 0; y < frame->height; ++y) {
         const uint32_t *const pixels = frame->data + y * width * channels;
-        for (size_t x = 0; x < width; x++)
-            for (size_t i = 0; i < repeat; i++)
+        for (size_t x = 0; x < width; ++x)
+            for (size_t i = 0; i < repeat; ++i)
                 row[x * repeat + i] = pixels[x * channels];
         writer.write(row.data(), row.size());
     }

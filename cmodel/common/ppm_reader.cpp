@@ -9,15 +9,17 @@
 #include "cmodel/common/ppm_stream.h"
 #include "log/log.h"
 
+namespace cfa {
+
 namespace {
 
 constexpr size_t BLOCK_BYTES = 256 * 1024;
 
 // Big-endian samples of `Bytes` bytes, as loops that the compiler can vectorise.
 template <int Bytes> void unpack(const uint8_t *bytes, uint32_t *samples, size_t count) {
-    for (size_t i = 0; i < count; i++) {
+    for (size_t i = 0; i < count; ++i) {
         uint32_t sum = 0;
-        for (int b = 0; b < Bytes; b++)
+        for (int b = 0; b < Bytes; ++b)
             sum = sum << 8 | bytes[i * Bytes + b];
         samples[i] = sum;
     }
@@ -39,7 +41,7 @@ void unpack_samples(int sample_bytes, const uint8_t *bytes, uint32_t *samples, s
 // The sample of which only the first `present` bytes are in the file; each of the others counts as -1.
 uint32_t incomplete_sample(const uint8_t *bytes, int present, int sample_bytes) {
     uint32_t sum = 0;
-    for (int b = 0; b < sample_bytes; b++)
+    for (int b = 0; b < sample_bytes; ++b)
         sum = (sum << 8) + (b < present ? bytes[b] : ~0u);
     return sum;
 }
@@ -161,3 +163,5 @@ void PpmReader::close() {
         std::fprintf(stderr, "Unexpected end of file in '%s': %llu samples are missing\n", path_.c_str(),
                      static_cast<unsigned long long>(missing_));
 }
+
+} // namespace cfa

@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+namespace cfa {
+
 struct PpmHeader {
     int32_t width;
     int32_t height;
@@ -91,3 +93,5 @@ class PpmWriter {
     int sample_bytes_;
     size_t filled_ = 0;
 };
+
+} // namespace cfa

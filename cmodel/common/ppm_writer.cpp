@@ -4,13 +4,15 @@
 #include "cmodel/common/image_file.h"
 #include "cmodel/common/ppm_stream.h"
 
+namespace cfa {
+
 namespace {
 
 constexpr size_t BLOCK_BYTES = 256 * 1024;
 
 template <int Bytes> void pack(const uint32_t *samples, uint8_t *bytes, size_t count) {
-    for (size_t i = 0; i < count; i++)
-        for (int b = 0; b < Bytes; b++)
+    for (size_t i = 0; i < count; ++i)
+        for (int b = 0; b < Bytes; ++b)
             bytes[i * Bytes + b] = static_cast<uint8_t>(samples[i] >> (8 * (Bytes - 1 - b)));
 }
 
@@ -82,3 +84,5 @@ void PpmWriter::close() {
     flush();
     image_close_written(stream_, path_.c_str());
 }
+
+} // namespace cfa

@@ -2,14 +2,21 @@
 // the table: reset, load, print, write.
 //
 // A block has a hardware part with its registers and a software part without any. Each part has a list file
-// (..._hw_def.inc, ..._sw_def.inc) with one REG line per register, which is expanded twice: into the members
-// of the part's struct and into its table of RegisterInfo.
+// (..._hw_def.inc, ..._sw_def.inc) with one line per register, REG or CURVE_REG, which is expanded twice:
+// into the members of the part's struct and into its table of RegisterInfo.
 #pragma once
 
 #include <cstdint>
 #include <cstdio>
 #include <span>
 #include <type_traits>
+
+#include "cmodel/common/ini_file.h"
+
+/// Token counter for handlers that split one value into several numbers: 0 at the start of every INI line.
+extern uint32_t tok_idx;
+
+namespace cfa {
 
 /// Room for the name of a part: 31 characters and the end.
 constexpr int REGISTER_PART_NAME_SIZE = 32;
@@ -63,22 +70,30 @@ struct RegisterPart {
     char name[REGISTER_PART_NAME_SIZE] = "";
 };
 
+/// What a register is to its curve: level y0 up to the knee x0, from there along the slope to the limit y1.
+/// No stage reads x1, the end of the slope.
+enum class CurveRole { none, x0, y0, slope, x1, y1 };
+
+/// The place of a register in a curve.
+struct RegisterCurve {
+    const char *name = ""; // "" for a register of no curve
+    CurveRole role = CurveRole::none;
+    int fraction_bits = 0; // of the curve's slope
+};
+
 /// One line of a part's table.
 struct RegisterInfo {
     const char *key; // INI key
     int bits;
     bool is_signed;
-    int32_t reset;       // fits the width
-    const char *curve;   // the curve the register belongs to, "" for none
-    const char *role;    // "x0" knee, "y0" level, "slp0" slope, "y1" limit, "x1" (no stage reads it), or ""
-    int fraction_bits;   // of the curve's slope, 0 without a curve
+    int32_t reset; // fits the width
+    RegisterCurve curve;
     const char *meaning; // one line: unit, format
 
     // Access to this register in a part of the struct that the table was made for.
     int32_t (*read)(const RegisterPart &part);
     void (*store)(RegisterPart &part, int32_t v); // cuts v to the width; leaves is_set alone
-    RegisterRecord &(*record)(RegisterPart &part);
-    const RegisterRecord &(*const_record)(const RegisterPart &part);
+    const RegisterRecord &(*record)(const RegisterPart &part);
 };
 
 /// A part's table and what its messages call it.
@@ -111,13 +126,25 @@ void register_print(const RegisterPart &part, const RegisterTable &table);
 void register_write_section(std::FILE *stream, const RegisterPart &part, const RegisterTable &table);
 
 /// Writes the part into the INI file at path: replaces its section where the file has one, else appends it,
-/// and creates the file where there is none. Goes through the temporary file path + ".temp". Messages carry
-/// the label of the block and the name of the calling function. Write errors are not checked. Returns 0.
+/// and creates the file where there is none. Goes through the temporary file path + ".temp"; where that
+/// cannot be opened, written and read back, the log says so and the INI file stays as it is (kept: but is
+/// left empty where there is no temporary file at all). Messages carry the label of the block and the name of
+/// the calling function. Errors of the last write are not checked. Returns 0.
 int register_dump_part(const char *path, const RegisterPart &part, const RegisterTable &table,
                        const char *label, const char *function);
 
-/// Token counter for handlers that split one value into several numbers: 0 at the start of every INI line.
-extern uint32_t tok_idx;
+/// A block of two parts and the functions that every block has under names of its own. All return what those
+/// functions return, and log under the block's label.
+struct RegisterBlock {
+    const char *label;
+    RegisterPart &hw, &sw;
+    const RegisterTable &hw_table, &sw_table;
+
+    int init(const char *suffix) const;                                  // resets both parts; 0
+    int load(const char *path, IniHandler load_line, void *block) const; // 0, or 1: cannot be opened
+    int print() const;                                                   // logs every register at DEBUG; 0
+    int dump(const char *path, const char *hw_function, const char *sw_function) const; // 0
+};
 
 // The table line of one register, for the expansion of a list file. Member is a pointer to the register.
 namespace register_detail {
@@ -128,9 +155,8 @@ template <typename Part, typename Reg> struct Member<Reg Part::*> {
 };
 } // namespace register_detail
 
-template <auto Pointer> constexpr RegisterInfo register_info(const char *key, int32_t reset,
-                                                             const char *curve, const char *role,
-                                                             int fraction_bits, const char *meaning) {
+template <auto Pointer> constexpr RegisterInfo
+register_info(const char *key, int32_t reset, const RegisterCurve &curve, const char *meaning) {
     using Part = typename register_detail::Member<decltype(Pointer)>::part_type;
     using Reg = typename register_detail::Member<decltype(Pointer)>::register_type;
     return {key,
@@ -138,13 +164,12 @@ template <auto Pointer> constexpr RegisterInfo register_info(const char *key, in
             Reg::is_signed,
             reset,
             curve,
-            role,
-            fraction_bits,
             meaning,
             [](const RegisterPart &part) -> int32_t { return static_cast<const Part &>(part).*Pointer; },
             [](RegisterPart &part, int32_t v) { static_cast<Part &>(part).*Pointer = v; },
-            [](RegisterPart &part) -> RegisterRecord & { return static_cast<Part &>(part).*Pointer; },
             [](const RegisterPart &part) -> const RegisterRecord & {
                 return static_cast<const Part &>(part).*Pointer;
             }};
 }
+
+} // namespace cfa

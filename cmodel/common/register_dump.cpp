@@ -9,9 +9,11 @@
 #include <regex.h>
 #include <sys/types.h>
 
-#include "cmodel/common/frame.h"
+#include "cmodel/common/allocation_error.h"
 #include "cmodel/common/register_block.h"
 #include "log/log.h"
+
+namespace cfa {
 
 namespace {
 
@@ -26,7 +28,7 @@ class LineReader {
     bool next() {
         length_ = getline(&buffer_, &capacity_, stream_);
         if (length_ < 0 && std::ferror(stream_) == 0 && std::feof(stream_) == 0)
-            CM_AllocationError();
+            allocation_error();
         return length_ >= 0;
     }
     const char *text() const { return buffer_; }
@@ -105,27 +107,38 @@ using File = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 File open_file(const std::string &path, const char *mode) {
     File file(std::fopen(path.c_str(), mode), std::fclose);
     if (!file && errno == ENOMEM) // not a missing file: it would be overwritten
-        CM_AllocationError();
+        allocation_error();
     return file;
 }
 
-// Replaces the part's section in the existing file, through the temporary file. False when there is no
-// temporary file. Kept: the INI file is empty then.
+// Whether the file holds as many bytes; leaves it at its start.
+bool holds(std::FILE *file, long size) {
+    const bool result = std::fseek(file, 0, SEEK_END) == 0 && std::ftell(file) == size;
+    std::rewind(file);
+    return result;
+}
+
+// Replaces the part's section in the existing file, through the temporary file. False when that cannot be
+// opened, written and read back: what may lie in its place never goes over the user's file.
 bool merge(const std::string &path, File in, const HeaderPattern &pattern, const RegisterPart &part,
            const RegisterTable &table, const char *label) {
     const std::string temp_path = path + ".temp";
     bool written = false;
-    if (const File temp = open_file(temp_path, "w+"))
+    long size = -1; // of what was written
+    if (const File temp = open_file(temp_path, "w+")) {
         written = copy_replacing(in.get(), temp.get(), pattern, part, table, label);
+        size = std::ftell(temp.get());
+    }
     in.reset();
 
     const File temp = open_file(temp_path, "r");
-    const File out = open_file(path, "w+");
-    if (!temp) {
+    if (!temp || !holds(temp.get(), size)) {
+        if (!temp) // Kept: where there is no temporary file at all, the INI file is left empty
+            open_file(path, "w+");
         log_log(LOG_DEBUG, label, __LINE__, "error: no temp.ini file!");
         return false;
     }
-    if (out) {
+    if (const File out = open_file(path, "w+")) {
         for (LineReader line(temp.get()); line.next();)
             write_line(out.get(), line.view());
         if (!written)
@@ -150,3 +163,5 @@ int register_dump_part(const char *path, const RegisterPart &part, const Registe
     log_log(LOG_DEBUG, label, __LINE__, "[%s] Dump INI configurations in %s done", function, path);
     return 0;
 }
+
+} // namespace cfa

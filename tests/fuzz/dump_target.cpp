@@ -10,6 +10,8 @@
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "tests/fuzz/fuzz_support.h"
 
+using namespace cfa;
+
 namespace fs = std::filesystem;
 
 namespace {

@@ -11,6 +11,8 @@
 #include "log/log.h"
 #include "tests/fuzz/exit_throws.h"
 
+using namespace cfa;
+
 namespace {
 
 constexpr int SLOTS = 4;

@@ -8,6 +8,8 @@
 #include "cmodel/common/ini_file.h"
 #include "tests/fuzz/fuzz_support.h"
 
+using namespace cfa;
+
 namespace {
 
 int take(void *user, const char *section, const char *key, const char *value) {

@@ -4,11 +4,13 @@
 #include <algorithm>
 #include <vector>
 
-#include "cmodel/cfa/src/lines/cfa_lines.h"
-#include "cmodel/cfa/src/picture_rows.h"
+#include "cmodel/cfa/src/lines/file_rows.h"
+#include "cmodel/cfa/src/lines/frame_rows.h"
 #include "cmodel/common/ppm.h"
 #include "cmodel/common/ppm_stream.h"
 #include "tests/fuzz/fuzz_support.h"
+
+using namespace cfa;
 
 namespace {
 

@@ -7,10 +7,13 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "cmodel/cfa/src/cfa_hw.h"
-#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/cfa_model.h"
+#include "cmodel/cfa/src/lines/frame_rows.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "tests/fuzz/fuzz_support.h"
+
+using namespace cfa;
 
 namespace {
 

@@ -5,9 +5,11 @@
 
 #include "cmodel/common/ppm_stream.h"
 #include "tests/fuzz/fuzz_support.h"
+#include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/compare/picture_compare.h"
 #include "tools/cfatool/pictures/picture_reader.h"
-#include "tools/cfatool/base/trouble.h"
+
+using namespace cfa;
 
 namespace {
 

@@ -2,11 +2,13 @@
 
 #include "cmodel/common/ini_file.h"
 #include "tests/fuzz/fuzz_support.h"
+#include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/registers/ini_text.h"
 #include "tools/cfatool/registers/registers.h"
 #include "tools/cfatool/registers/regs_check.h"
 #include "tools/cfatool/registers/regs_edit.h"
-#include "tools/cfatool/base/trouble.h"
+
+using namespace cfa;
 
 namespace {
 

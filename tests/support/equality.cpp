@@ -4,10 +4,12 @@
 #include <sstream>
 #include <string_view>
 
-#include "cmodel/cfa/src/cfa_hw.h"
-#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/cfa_model.h"
+#include "cmodel/cfa/src/lines/frame_rows.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -52,10 +54,9 @@ int32_t draw_value(Noise &noise, int32_t low, int32_t high) {
 void let_slope_agree(const RegisterInfo &slope) {
     int32_t level = 0, limit = 0;
     for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
-        const std::string_view role = info.role;
-        if (std::string_view(info.curve) == slope.curve && role == "y0")
+        if (std::string_view(info.curve.name) == slope.curve.name && info.curve.role == CurveRole::y0)
             level = info.read(cfa_reg.hw);
-        if (std::string_view(info.curve) == slope.curve && role == "y1")
+        if (std::string_view(info.curve.name) == slope.curve.name && info.curve.role == CurveRole::y1)
             limit = info.read(cfa_reg.hw);
     }
     const int32_t v = slope.read(cfa_reg.hw);
@@ -186,7 +187,7 @@ void draw_registers(uint32_t seed) {
         cfa_reg.hw.reg_cfa_force_dir_enable = 0;
     if (noise.in(0, 49) != 0)
         for (const RegisterInfo &info : cfa_reg_hw_table().registers)
-            if (std::string_view(info.role) == "slp0")
+            if (info.curve.role == CurveRole::slope)
                 let_slope_agree(info);
 }
 

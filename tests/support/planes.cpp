@@ -8,6 +8,8 @@
 
 #include "cmodel/common/color_id.h"
 
+using namespace cfa;
+
 Plane::Plane(int width, int height, int channels, int32_t fill)
     : frame_(CM_NewFRAME(FRAME_TYPE_IMG, channels == 3 ? FRAME_FMT_RGB : FRAME_FMT_MONO, width, height,
                          channels, 12)) {

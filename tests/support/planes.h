@@ -26,10 +26,12 @@ class Plane {
 
     /// The sample at (y, x), any position within one reflection of the plane.
     int32_t operator()(int y, int x, int c = 0) const;
-    void set(int y, int x, int c, int32_t v) { sample(frame_.get(), y, x, c) = static_cast<uint32_t>(v); }
+    void set(int y, int x, int c, int32_t v) {
+        cfa::sample(frame_.get(), y, x, c) = static_cast<uint32_t>(v);
+    }
 
   private:
-    FramePtr frame_;
+    cfa::FramePtr frame_;
 };
 
 /// A position reflected once at the borders of n samples.

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
-#include "cmodel/cfa/src/lines/reciprocal.h"
+#include "cmodel/cfa/src/lines/kernels/reciprocal.h"
+
+using namespace cfa;
 
 namespace {
 

@@ -1,5 +1,7 @@
 #include "tests/support/registers.h"
 
+using namespace cfa;
+
 FreshRegisters::FreshRegisters() {
     INIT_CFA_REG("NULL");
 }

@@ -10,6 +10,8 @@
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "tests/trust/job.h"
 
+using namespace cfa;
+
 namespace {
 
 // The value of a register as the log of the last run shows it.

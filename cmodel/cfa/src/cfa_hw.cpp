@@ -4,8 +4,11 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/cfa_model.h"
+#include "cmodel/cfa/src/lines/frame_rows.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -32,7 +35,7 @@ void cfa_hw(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
 
 void cfa_bypass(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
     const size_t pixels = static_cast<size_t>(raw->width) * raw->height;
-    for (size_t i = 0; i < pixels; i++)
+    for (size_t i = 0; i < pixels; ++i)
         std::fill_n(out_rgb->data + 3 * i, 3, raw->data[i]);
     std::fill_n(out_dc->data, pixels, 0u);
     std::fill_n(out_sg->data, pixels, 1024u);

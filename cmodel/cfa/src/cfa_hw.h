@@ -14,7 +14,3 @@ void cfa_hw(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
 
 /// The disabled block: the mosaic in all three channels, DC 0, sharpen gain 1024. Takes any size.
 void cfa_bypass(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
-
-/// The enabled block as the reference computes it, over whole planes, for every input and pattern id, with
-/// debug images where asked for. REQUIRES width >= 4 and height >= 3.
-void cfa_model(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);

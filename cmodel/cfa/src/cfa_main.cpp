@@ -13,8 +13,10 @@
 #include "cmodel/cfa/src/picture_run.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
-#include "cmodel/common/frame.h"
+#include "cmodel/common/allocation_error.h"
 #include "log/log.h"
+
+using namespace cfa;
 
 /// Prints the usage text and the arguments given, waits for one key, ends with status -1.
 [[noreturn]] void cfa_usage(int argc, char **argv) {
@@ -32,7 +34,7 @@
               "[ 9] out_RGB_DC          : Output DC RGB output\n"
               "[10] out_SharpGain       : Output sharpen gain output\n"
               "////////////////////////////////");
-    for (int i = 0; i < argc; i++)
+    for (int i = 0; i < argc; ++i)
         std::printf("argv[%d]: %s\n", i, argv[i]);
     std::puts("/////////////////////////////////"); // Kept: one more than above
     std::printf("Press any key to exit...");
@@ -43,7 +45,7 @@
 
 namespace {
 
-const char *const label = "cfa_main";
+const char *const LABEL = "cfa_main";
 
 // The order of the ten arguments, behind the name of the executable.
 enum Argument {
@@ -67,7 +69,7 @@ int integer(const char *text) {
 // A descriptor that the caller closed would be given to the next file opened, and that file receive our
 // messages.
 void open_standard_descriptors() {
-    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; fd++)
+    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
         if (fcntl(fd, F_GETFD) == -1 && errno == EBADF && open("/dev/null", O_RDWR) != fd)
             std::exit(1);
 }
@@ -76,7 +78,7 @@ void open_standard_descriptors() {
 // a signal.
 void prepare_process() {
     open_standard_descriptors();
-    std::set_new_handler(CM_AllocationError);
+    std::set_new_handler(allocation_error);
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
 }
@@ -85,7 +87,7 @@ std::FILE *open_log(const char *path, int level) {
     std::FILE *const log_file = std::fopen(path, "a");
     if (log_file == nullptr) {
         if (errno == ENOMEM)
-            CM_AllocationError();
+            allocation_error();
         std::fprintf(stderr, "Unable to open log file '%s'\n", path);
         std::exit(1);
     }
@@ -101,9 +103,9 @@ void load_registers(const char *cfa_ini, const char *cmodel_top_ini) {
     INIT_CMODEL_TOP_REG("NULL");
     LOAD_CMODEL_TOP_INI(cmodel_top_ini);
     PRINT_CMODEL_TOP_REG();
-    log_log(LOG_INFO, label, __LINE__, "reg_cfa_enable = %d", int{cfa_reg.hw.reg_cfa_enable});
-    log_log(LOG_INFO, label, __LINE__, "reg_img_bayerid = %d", int{cmodel_top_reg.hw.reg_img_bayerid});
-    log_log(LOG_INFO, label, __LINE__, "reg_cfa_shpn_enable = %d", int{cfa_reg.hw.reg_cfa_shpn_enable});
+    log_log(LOG_INFO, LABEL, __LINE__, "reg_cfa_enable = %d", int{cfa_reg.hw.reg_cfa_enable});
+    log_log(LOG_INFO, LABEL, __LINE__, "reg_img_bayerid = %d", int{cmodel_top_reg.hw.reg_img_bayerid});
+    log_log(LOG_INFO, LABEL, __LINE__, "reg_cfa_shpn_enable = %d", int{cfa_reg.hw.reg_cfa_shpn_enable});
 }
 
 } // namespace
@@ -116,7 +118,7 @@ int main(int argc, char **argv) {
     std::snprintf(dbg_path, sizeof dbg_path, "%s", argv[DBG_PATH]);
     std::FILE *const log_file = open_log(argv[LOG_FILE], integer(argv[LOG_LEVEL]));
     load_registers(argv[INI_FILE], argv[CMODEL_TOP_INI]);
-    run_picture({argv[SRC_RAW], argv[OUT], argv[OUT_DC], argv[OUT_SG]});
+    run_picture(argv[SRC_RAW], {argv[OUT], argv[OUT_DC], argv[OUT_SG]});
     std::fclose(log_file);
     return 0;
 }

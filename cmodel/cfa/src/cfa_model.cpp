@@ -1,12 +1,13 @@
 // The reference: the pipeline over whole planes, read top to bottom.
-#include <cstdint>
+#include "cmodel/cfa/src/cfa_model.h"
 
-#include "cmodel/cfa/src/cfa_hw.h"
+#include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/stages.h"
-#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+
+namespace cfa {
 
 void cfa_model(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
-    const uint32_t b = static_cast<uint32_t>(static_cast<int32_t>(cmodel_top_reg.hw.reg_img_bayerid));
+    const uint32_t b = pattern_id();
     const uint32_t source = raw->type;
     const auto one = [raw](uint32_t bits, uint32_t type) { return plane_like(raw, type, 1, bits); };
     const auto three = [raw](uint32_t bits, uint32_t type) { return plane_like(raw, type, 3, bits); };
@@ -62,3 +63,5 @@ void cfa_model(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
 
     sharpen_gain_main_proc(raw, out_rgb, out_sg);
 }
+
+} // namespace cfa

@@ -3,10 +3,11 @@
 #include <optional>
 
 #include "cmodel/cfa/src/cfa_hw.h"
-#include "cmodel/cfa/src/lines/cfa_lines.h"
-#include "cmodel/cfa/src/picture_rows.h"
+#include "cmodel/cfa/src/lines/conditions.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/common/ppm.h"
+
+namespace cfa {
 
 namespace {
 
@@ -16,7 +17,7 @@ bool rows_can_serve(const PpmHeader &header) {
     const uint32_t width = static_cast<uint32_t>(header.width);
     const uint32_t height = static_cast<uint32_t>(header.height);
     return cfa_reg.hw.reg_cfa_enable != 0 && header.bit_depth >= 1 && header.bit_depth <= 16 &&
-           CM_FrameSizeOk(width, height, 3) && cfa_lines_excludes(width, height) == nullptr;
+           frame_size_ok(width, height, 3) && cfa_lines_excludes(width, height) == nullptr;
 }
 
 // CM_ReadPPM5 from behind the header.
@@ -29,33 +30,35 @@ FramePtr read_rest(PpmReader &reader) {
     return raw;
 }
 
-void run_frames(const FRAME *raw, const PictureFiles &files) {
+void run_frames(const FRAME *raw, const OutputPaths &out) {
     const FramePtr out_rgb = plane_like(raw, FRAME_TYPE_IMG, 3, raw->bit_depth);
     const FramePtr out_dc = plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth);
     const FramePtr out_sg = plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth);
     cfa_hw(raw, out_rgb.get(), out_dc.get(), out_sg.get());
-    CM_WritePPM(files.rgb, out_rgb.get());
-    CM_WritePPM5(files.dc, out_dc.get());
-    CM_WritePPM5(files.gain, out_sg.get());
+    CM_WritePPM(out.rgb, out_rgb.get());
+    CM_WritePPM5(out.dc, out_dc.get());
+    CM_WritePPM5(out.gain, out_sg.get());
 }
 
 } // namespace
 
-void run_picture(const PictureFiles &files) {
-    PpmReader reader(files.raw);
+void run_picture(const char *raw_path, const OutputPaths &out) {
+    PpmReader reader(raw_path);
     if (!rows_can_serve(reader.header()))
-        return run_frames(read_rest(reader).get(), files);
+        return run_frames(read_rest(reader).get(), out);
     std::optional<WordStore> store(std::in_place, reader.header());
     if (store->read(reader)) {
         reader.close();
-        return run_rows(*store, files);
+        return run_file_rows(*store, out);
     }
     const FramePtr raw = store->frame(reader);
     reader.close();
     store.reset();
-    run_frames(raw.get(), files);
+    run_frames(raw.get(), out);
 }
 
-void run_picture_in_frames(const PictureFiles &files) {
-    run_frames(FramePtr(CM_ReadPPM5(files.raw, FRAME_TYPE_IMG)).get(), files);
+void run_picture_in_frames(const char *raw_path, const OutputPaths &out) {
+    run_frames(FramePtr(CM_ReadPPM5(raw_path, FRAME_TYPE_IMG)).get(), out);
 }
+
+} // namespace cfa

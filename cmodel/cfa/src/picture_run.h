@@ -1,17 +1,17 @@
 // One run over picture files: mosaic in; RGB picture, DC image and sharpen-gain map out.
 #pragma once
 
-struct PictureFiles {
-    const char *raw; // read to its end and closed before an output is opened
-    const char *rgb; // the outputs are written one after another
-    const char *dc;
-    const char *gain;
-};
+#include "cmodel/cfa/src/lines/file_rows.h"
 
-/// Runs the block with the registers in cfa_reg and cmodel_top_reg. In the regular case the line engine works
-/// on the files' rows, and 2 bytes a pixel are kept (4 with sharpening); otherwise whole frames go through
-/// cfa_hw. Nothing but speed and memory shows which it was.
-void run_picture(const PictureFiles &files);
+namespace cfa {
+
+/// Runs the block on a picture file with the registers in cfa_reg and cmodel_top_reg. The input is read to
+/// its end and closed before an output is opened. In the regular case the line engine works on the files'
+/// rows, and 2 bytes a pixel are kept (4 with sharpening); otherwise whole frames go through cfa_hw. Nothing
+/// but speed and memory shows which it was.
+void run_picture(const char *raw_path, const OutputPaths &out);
 
 /// The same, always in whole frames.
-void run_picture_in_frames(const PictureFiles &files);
+void run_picture_in_frames(const char *raw_path, const OutputPaths &out);
+
+} // namespace cfa

@@ -65,8 +65,8 @@ void cfa_CalVarOfColorDiffAtRB(const FRAME *raw, const FRAME *GH, const FRAME *G
 void cfa_CalDirectionInfo(const FRAME *raw, const FRAME *AvgRGB, const FRAME *LH, const FRAME *LV,
                           const FRAME *SigH, const FRAME *SigV, FRAME *DirInfo, uint32_t bayer_id);
 
-/// Nine neighbours vote on the direction of pixel (x, y); adds to *votes_h and *votes_v.
-/// REQUIRES 0 < x, 0 < y.
+/// Nine neighbours vote on the direction of pixel (x, y); adds to *votes_h and *votes_v. Positions outside
+/// are mirrored.
 void cfa_Vote(int x, int y, int32_t centre_dir, int32_t *votes_h, int32_t *votes_v, const FRAME *SigH,
               const FRAME *SigV, const FRAME *LH, const FRAME *LV, const FRAME *DirInfo);
 
@@ -126,7 +126,8 @@ void cfa_CalPhaseDifference(const FRAME *raw, const FRAME *gh, const FRAME *gv, 
 void cfa_DeColorMoire(const FRAME *in_rgb, FRAME *out_rgb, const FRAME *pd_wt, const FRAME *cdist_wt,
                       const FRAME *edge_wt);
 
-/// Copies every channel of src. REQUIRES dst to be as large and to have as many channels.
+/// Copies every channel of src. A smaller dst is addressed with its own size, mirrored, so that later samples
+/// go over earlier ones. REQUIRES dst to have as many channels, and a pixel.
 void copy_to_dst(const FRAME *src, FRAME *dst);
 
 /// The largest of the three channels.
@@ -138,6 +139,11 @@ void gen_dst_dc(const FRAME *src, FRAME *dst);
 /// Sharpen-gain map, 1024 is 1.0, and the sharpening detail added into rgb_out.
 /// Disabled: 1024 everywhere, rgb_out as it is.
 void sharpen_gain_main_proc(const FRAME *raw, FRAME *rgb_out, FRAME *sg_out);
+
+/// Logs the strength of the sharpening, as both the model and the engine do, once a run.
+namespace cfa {
+void log_sharpening_strength(int32_t gain);
+}
 
 // Sub-steps of the sharpen gain. Lumas and gains are u12, details signed.
 void sharpen_gain_bypass(FRAME *sg_out);

@@ -4,6 +4,8 @@
 
 #include <initializer_list>
 
+using namespace cfa;
+
 TEST_CASE("2 x 2 patterns: blue and red on a diagonal, each with its green beside it") {
     // Row and column of blue for ids 0 to 3; the code follows from the distance to it.
     const uint32_t blue[4][2] = {{0, 0}, {0, 1}, {1, 0}, {1, 1}};

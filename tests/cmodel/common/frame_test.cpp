@@ -2,6 +2,8 @@
 
 #include <doctest/doctest.h>
 
+using namespace cfa;
+
 TEST_CASE("a new frame has its fields, zero samples and three spare zeros") {
     const FramePtr frame(CM_NewFRAME(2, 0, 5, 4, 3, 12));
     const bool fields = frame->type == 2 && frame->format == 0 && frame->width == 5 && frame->height == 4 &&
@@ -41,6 +43,6 @@ TEST_CASE("sizes that a frame can have: no negative one, and no more than 214748
              Case{0x7FFFFFFF, 0x7FFFFFFF, 0, true}                        // no channel, no sample
          }) {
         INFO(c.width, " x ", c.height, " x ", c.channels);
-        CHECK(CM_FrameSizeOk(c.width, c.height, c.channels) == c.ok);
+        CHECK(frame_size_ok(c.width, c.height, c.channels) == c.ok);
     }
 }

@@ -12,6 +12,8 @@
 
 #include "tests/support/support.h"
 
+using namespace cfa;
+
 // Waiting, FIFOs, links, file modes, full disks: tests/trust, through the tool.
 
 namespace {

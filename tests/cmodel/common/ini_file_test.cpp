@@ -11,6 +11,8 @@
 #include "tests/cmodel/common/unlimited_ini.h"
 #include "tests/support/support.h"
 
+using namespace cfa;
+
 using namespace std::string_literals;
 
 // What a line of megabytes costs, numbers beyond 64 bits, what cannot be opened: tests/trust, through the

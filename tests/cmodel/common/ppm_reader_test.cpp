@@ -8,6 +8,8 @@
 #include "cmodel/common/ppm_stream.h"
 #include "tests/support/support.h"
 
+using namespace cfa;
+
 using namespace std::string_literals;
 
 namespace {

@@ -2,6 +2,8 @@
 
 #include <doctest/doctest.h>
 
+using namespace cfa;
+
 TEST_CASE("values are cut to their width and read back with their sign") {
     CHECK(register_truncate(256, 8, false) == 0);
     CHECK(register_truncate(5000, 12, false) == 904);

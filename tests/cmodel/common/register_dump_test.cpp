@@ -10,6 +10,8 @@
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "tests/support/support.h"
 
+using namespace cfa;
+
 namespace {
 
 const std::string top_section =
@@ -38,7 +40,7 @@ TEST_CASE("into a new file: both parts, and what is dumped loads again") {
     for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
         INFO(info.key);
         CHECK(info.read(cfa_reg.hw) == register_truncate(info.reset + 1, info.bits, info.is_signed));
-        CHECK(info.const_record(cfa_reg.hw).is_set == 1);
+        CHECK(info.record(cfa_reg.hw).is_set == 1);
     }
     INIT_CFA_REG("NULL");
 }

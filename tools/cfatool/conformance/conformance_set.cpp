@@ -48,7 +48,7 @@ void write_mosaic(const ConformanceCase &c, const std::string &path) {
 }
 
 /// Whether a register set gives this register a value, and which.
-bool chosen_value(const ConformanceCase &c, const RegisterInfo &info, uint64_t index, int64_t &value) {
+bool chosen_value(const ConformanceCase &c, const cfa::RegisterInfo &info, uint64_t index, int64_t &value) {
     const bool is_enable = std::strcmp(info.key, "reg_cfa_enable") == 0;
     const bool ends_in_enable = std::string(info.key).ends_with("_enable");
     const bool forces = std::strstr(info.key, "force_dir") != nullptr;
@@ -62,16 +62,16 @@ bool chosen_value(const ConformanceCase &c, const RegisterInfo &info, uint64_t i
         return strength || (ends_in_enable && !forces);
     }
     const uint64_t random = random_bits(c.seed, index);
-    value = register_min(info.bits, info.is_signed) +
+    value = cfa::register_min(info.bits, info.is_signed) +
             static_cast<int64_t>((random & 0xFFFFFFFF) % (uint64_t{1} << info.bits));
     return c.registers == RegisterSet::all || (c.registers == RegisterSet::some && random >> 62 == 0);
 }
 
 std::string registers_text(const ConformanceCase &c) {
-    const RegisterTable &table = cfa_reg_hw_table();
+    const cfa::RegisterTable &table = cfa::cfa_reg_hw_table();
     std::string text = std::string("[") + table.name + "]\n";
     uint64_t index = 0;
-    for (const RegisterInfo &info : table.registers) {
+    for (const cfa::RegisterInfo &info : table.registers) {
         int64_t value = 0;
         if (chosen_value(c, info, index++, value))
             text += std::string(info.key) + " = " + std::to_string(value) + "\n";

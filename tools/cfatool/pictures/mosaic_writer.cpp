@@ -25,12 +25,12 @@ std::string header(const MosaicForm &form) {
 
 int64_t site_value(uint32_t code, const Rgb &colour) {
     switch (code) {
-    case CODE_R:
+    case cfa::CODE_R:
         return colour.r;
-    case CODE_B:
+    case cfa::CODE_B:
         return colour.b;
-    case CODE_GB:
-    case CODE_GR:
+    case cfa::CODE_GB:
+    case cfa::CODE_GR:
     case CODE_GREEN_4X4:
     case CODE_GREEN_4X4_OTHER:
         return colour.g;

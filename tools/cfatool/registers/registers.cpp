@@ -23,10 +23,10 @@ Registers::Registers() {
 }
 
 std::vector<BlockPart> Registers::parts() {
-    return {{&cfa_reg_hw_table(), &cfa.hw},
-            {&cfa_reg_sw_table(), &cfa.sw},
-            {&cmodel_top_reg_hw_table(), &top.hw},
-            {&cmodel_top_reg_sw_table(), &top.sw}};
+    return {{&cfa::cfa_reg_hw_table(), &block.hw},
+            {&cfa::cfa_reg_sw_table(), &block.sw},
+            {&cfa::cmodel_top_reg_hw_table(), &top.hw},
+            {&cfa::cmodel_top_reg_sw_table(), &top.sw}};
 }
 
 void Registers::apply(const std::string &section, const std::string &key, const std::string &value) {
@@ -37,7 +37,7 @@ void Registers::apply(const std::string &section, const std::string &key, const 
 void Registers::load(const std::string &path) {
     if (is_folder(path))
         throw file_trouble(path, "is a folder");
-    if (ini_load_file(path.c_str(), load_line, this) == -1)
+    if (cfa::ini_load_file(path.c_str(), load_line, this) == -1)
         throw errno_trouble(path);
 }
 
@@ -58,8 +58,9 @@ std::vector<std::string> register_keys(Registers &registers) {
 
 std::string width_text(const RegisterInfo &info) {
     return std::to_string(info.bits) + (info.bits == 1 ? " bit" : " bits") +
-           (info.is_signed ? " signed, " : ", ") + std::to_string(register_min(info.bits, info.is_signed)) +
-           ".." + std::to_string(register_max(info.bits, info.is_signed));
+           (info.is_signed ? " signed, " : ", ") +
+           std::to_string(cfa::register_min(info.bits, info.is_signed)) + ".." +
+           std::to_string(cfa::register_max(info.bits, info.is_signed));
 }
 
 bool readable(const std::string &path) {

@@ -9,6 +9,12 @@
 
 namespace cfatool {
 
+// What the companion program uses of the register blocks.
+using cfa::CurveRole;
+using cfa::RegisterInfo;
+using cfa::RegisterPart;
+using cfa::RegisterTable;
+
 /// One part of a block: hardware or software. Its section is table->name.
 struct BlockPart {
     const RegisterTable *table;
@@ -17,8 +23,8 @@ struct BlockPart {
 
 /// A set of register values, at first the defaults.
 struct Registers {
-    CfaReg cfa;
-    CmodelTopReg top;
+    cfa::CfaReg block;
+    cfa::CmodelTopReg top;
 
     Registers();
     Registers(const Registers &) = delete;

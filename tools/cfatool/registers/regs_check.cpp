@@ -154,9 +154,9 @@ class Check {
         char *end = nullptr;
         const long long number = std::strtoll(line.value.c_str(), &end, 10);
         const std::string stored =
-            std::to_string(register_truncate(static_cast<int32_t>(number), info.bits, info.is_signed));
-        const bool fits = number >= register_min(info.bits, info.is_signed) &&
-                          number <= register_max(info.bits, info.is_signed);
+            std::to_string(cfa::register_truncate(static_cast<int32_t>(number), info.bits, info.is_signed));
+        const bool fits = number >= cfa::register_min(info.bits, info.is_signed) &&
+                          number <= cfa::register_max(info.bits, info.is_signed);
         if (line.value.empty() || *end != '\0' || end == line.value.c_str())
             add(std::string(info.key) + ": " + quoted(line.value) + " is not a decimal number: " + stored +
                 " is stored");
@@ -188,7 +188,7 @@ class Check {
                 continue;
             UnsetRegisters unset{p.table->name, p.table->registers.size(), {}};
             for (const RegisterInfo &info : p.table->registers)
-                if (info.const_record(*p.part).is_set == 0)
+                if (info.record(*p.part).is_set == 0)
                     unset.keys.emplace_back(info.key);
             result_.unset.push_back(std::move(unset));
         }

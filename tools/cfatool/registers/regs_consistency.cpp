@@ -15,18 +15,18 @@ struct Curve {
 std::vector<Curve> curves_of(const RegisterTable &table) {
     std::vector<Curve> curves;
     for (const RegisterInfo &info : table.registers) {
-        if (info.curve[0] == '\0')
+        if (info.curve.role == CurveRole::none)
             continue;
-        if (curves.empty() || curves.back().name != info.curve)
-            curves.push_back({info.curve});
+        if (curves.empty() || curves.back().name != info.curve.name)
+            curves.push_back({info.curve.name});
         Curve &curve = curves.back();
-        const std::pair<const char *, const RegisterInfo **> roles[] = {{"x0", &curve.x0},
-                                                                        {"y0", &curve.y0},
-                                                                        {"slp0", &curve.slope},
-                                                                        {"x1", &curve.x1},
-                                                                        {"y1", &curve.y1}};
+        const std::pair<CurveRole, const RegisterInfo **> roles[] = {{CurveRole::x0, &curve.x0},
+                                                                     {CurveRole::y0, &curve.y0},
+                                                                     {CurveRole::slope, &curve.slope},
+                                                                     {CurveRole::x1, &curve.x1},
+                                                                     {CurveRole::y1, &curve.y1}};
         for (const auto &[role, place] : roles)
-            if (std::strcmp(role, info.role) == 0)
+            if (role == info.curve.role)
                 *place = &info;
     }
     return curves;
@@ -53,11 +53,12 @@ std::string named(const RegisterInfo &info, int64_t value) {
 /// The slope against what the four corners ask for.
 void check_slope(const Curve &curve, int64_t slope, int64_t rise, int64_t run, int line,
                  std::vector<Finding> &findings) {
-    const int64_t wanted = rise * (int64_t{1} << curve.slope->fraction_bits) / run; // truncated toward zero
+    const int64_t wanted =
+        rise * (int64_t{1} << curve.slope->curve.fraction_bits) / run; // truncated toward zero
     const int bits = curve.slope->bits;
-    const std::string formula = "(y1 - y0) * 2^" + std::to_string(curve.slope->fraction_bits) +
+    const std::string formula = "(y1 - y0) * 2^" + std::to_string(curve.slope->curve.fraction_bits) +
                                 " / (x1 - x0) = " + std::to_string(wanted);
-    if (wanted < register_min(bits, true) || wanted > register_max(bits, true))
+    if (wanted < cfa::register_min(bits, true) || wanted > cfa::register_max(bits, true))
         findings.push_back({line, "curve " + curve.name + ": " + std::to_string(bits) + " bits of " +
                                       curve.slope->key + " cannot hold " + formula});
     else if (slope < wanted - 1 || slope > wanted + 1)

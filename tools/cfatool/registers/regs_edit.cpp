@@ -33,7 +33,8 @@ Assignment parse_assignment(const std::string &text) {
     const RegisterInfo &info = *found.info;
     const bool negative = !value.empty() && value[0] == '-';
     const int64_t number = parse_decimal(value.substr(negative), key, 0, INT64_MAX) * (negative ? -1 : 1);
-    if (number < register_min(info.bits, info.is_signed) || number > register_max(info.bits, info.is_signed))
+    if (number < cfa::register_min(info.bits, info.is_signed) ||
+        number > cfa::register_max(info.bits, info.is_signed))
         throw Trouble("cfatool regs set: " + key + ": " + value + " does not fit " + width_text(info));
     return {found.where.table->name, key, std::to_string(number)};
 }
@@ -124,14 +125,15 @@ void verify(Registers &wanted, const std::vector<std::string> &blocks, const std
 
 void dump_registers(Registers &registers, const std::vector<std::string> &blocks, const std::string &path) {
     log_set_quiet(1);
-    cfa_reg = registers.cfa;
+    cfa_reg = registers.block;
     cmodel_top_reg = registers.top;
     const ScratchFolder scratch;
     const std::string copy = scratch.path + "/registers.ini";
     if (readable(path))
         write_whole_file(copy, read_whole_file(path));
     for (const std::string &block : blocks)
-        block == cfa_reg_hw_table().name ? DUMP_CFA_INI(copy.c_str()) : DUMP_CMODEL_TOP_INI(copy.c_str());
+        block == cfa::cfa_reg_hw_table().name ? DUMP_CFA_INI(copy.c_str())
+                                              : DUMP_CMODEL_TOP_INI(copy.c_str());
     verify(registers, blocks, copy, path);
     write_whole_file(path, read_whole_file(copy));
 }

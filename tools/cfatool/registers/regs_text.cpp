@@ -8,22 +8,27 @@ namespace {
 
 /// What a role in a curve means.
 std::string role_text(const RegisterInfo &info) {
-    constexpr const char *ROLES[][2] = {{"x0", "knee x0"},
-                                        {"y0", "level y0 up to the knee"},
-                                        {"slp0", "slope"},
-                                        {"x1", "end x1 of the slope, read by no stage"},
-                                        {"y1", "limit y1"}};
-    for (const auto &[role, text] : ROLES)
-        if (std::strcmp(role, info.role) == 0)
-            return std::strcmp(role, "slp0") == 0
-                       ? std::string(text) + " with " + std::to_string(info.fraction_bits) +
-                             " fractional bits"
-                       : text;
+    switch (info.curve.role) {
+    case CurveRole::x0:
+        return "knee x0";
+    case CurveRole::y0:
+        return "level y0 up to the knee";
+    case CurveRole::slope:
+        return "slope with " + std::to_string(info.curve.fraction_bits) + " fractional bits";
+    case CurveRole::x1:
+        return "end x1 of the slope, read by no stage";
+    case CurveRole::y1:
+        return "limit y1";
+    case CurveRole::none:
+        break;
+    }
     return "";
 }
 
 std::string curve_text(const RegisterInfo &info) {
-    return info.curve[0] == '\0' ? "" : std::string("curve ") + info.curve + ", " + role_text(info);
+    return info.curve.role == CurveRole::none
+               ? ""
+               : std::string("curve ") + info.curve.name + ", " + role_text(info);
 }
 
 void append_reference(std::string &text, const RegisterTable &table) {
@@ -48,10 +53,11 @@ std::string defaults_text(const RegisterTable &table) {
         table.name + "]\n";
     const char *curve = "";
     for (const RegisterInfo &info : table.registers) {
-        if (std::strcmp(curve, info.curve) != 0)
-            text += info.curve[0] == '\0' ? "\n" : std::string("\n; Curve ") + info.curve + "\n";
-        curve = info.curve;
-        const std::string role = info.curve[0] == '\0' ? "" : " (" + role_text(info) + ")";
+        if (std::strcmp(curve, info.curve.name) != 0)
+            text += info.curve.role == CurveRole::none ? "\n"
+                                                       : std::string("\n; Curve ") + info.curve.name + "\n";
+        curve = info.curve.name;
+        const std::string role = info.curve.role == CurveRole::none ? "" : " (" + role_text(info) + ")";
         const std::string comment = "; " + width_text(info) + ": " + info.meaning + role;
         text += comment.substr(0, REGS_LINE) + "\n" + info.key + " = " + std::to_string(info.reset) + "\n";
     }

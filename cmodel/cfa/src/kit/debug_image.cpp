@@ -6,6 +6,8 @@
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/common/ppm.h"
 
+using namespace cfa;
+
 bool dump_dbg_img = false;
 char dbg_path[1024] = "";
 
@@ -33,22 +35,22 @@ int32_t dump_dbg_frame(const FRAME *frame, int32_t channel, uint32_t gain, uint3
     const FramePtr image(CM_NewFRAME(frame->type, color ? FRAME_FMT_RGB : FRAME_FMT_MONO, frame->width,
                                      frame->height, color ? 3 : 1, bit_depth));
     if (color) {
-        for (size_t i = 0; i < 3 * pixels; i++)
+        for (size_t i = 0; i < 3 * pixels; ++i)
             image->data[i] = shown(static_cast<int32_t>(frame->data[i]), gain, limit);
         CM_WritePPM(path.c_str(), image.get());
     } else {
         // A selector beyond the last channel reads on into the next pixel, behind the plane zeros.
-        for (size_t i = 0; i < pixels; i++)
+        for (size_t i = 0; i < pixels; ++i)
             image->data[i] = shown(static_cast<int32_t>(frame->data[channels * i + channel]), gain, limit);
         CM_WritePPM5(path.c_str(), image.get());
     }
     return 0;
 }
 
-void dump_signed_map(const FRAME *plane, const std::string &path) {
+void cfa::dump_signed_map(const FRAME *plane, const std::string &path) {
     const FramePtr map = plane_like(plane, FRAME_TYPE_IMG, 3, 8);
-    for (int y = 0; y < static_cast<int>(plane->height); y++) {
-        for (int x = 0; x < static_cast<int>(plane->width); x++) {
+    for (int y = 0; y < height_of(plane); ++y) {
+        for (int x = 0; x < width_of(plane); ++x) {
             const int32_t v = (value(plane, y, x) * 4) >> 4;
             const int32_t size = std::min(magnitude(v), 255);
             sample(map.get(), y, x, 0) = v > 0 ? size : 0;
@@ -58,6 +60,6 @@ void dump_signed_map(const FRAME *plane, const std::string &path) {
     CM_WritePPM(path.c_str(), map.get());
 }
 
-std::string debug_path_of(const char *name) {
+std::string cfa::debug_path_of(const char *name) {
     return (std::string(dbg_path) + "/" + name).substr(0, sizeof dbg_path - 1);
 }

@@ -19,9 +19,13 @@ extern char dbg_path[1024];
 int32_t dump_dbg_frame(const FRAME *frame, int32_t channel, uint32_t gain, uint32_t bit_depth,
                        const std::string &path);
 
+namespace cfa {
+
 /// Writes a signed one-channel plane as an 8-bit P6 picture: a quarter of the magnitude, at most 255, in red
 /// where the sample is positive and in green where it is negative.
 void dump_signed_map(const FRAME *plane, const std::string &path);
 
 /// dbg_path/name, cut at 1023 characters.
 std::string debug_path_of(const char *name);
+
+} // namespace cfa

@@ -2,14 +2,16 @@
 
 #include <algorithm>
 
-#include "log/log.h"
+#include "cmodel/cfa/src/stages.h"
+
+namespace cfa {
 
 namespace {
 
 using E = LineEngine;
 using S = EngineSettings;
 
-constexpr int last_lag = 5;
+constexpr int LAST_LAG = 5;
 
 } // namespace
 
@@ -17,7 +19,7 @@ LineEngine::LineEngine(int width, int height, const EngineSettings &settings, Ro
                        RowSink &sink)
     : width_(width), height_(height), n_(padded_half(width)), settings_(settings), source_(source),
       sink_(sink) {
-    for (int parity = 0; parity < 2; parity++) {
+    for (int parity = 0; parity < 2; ++parity) {
         std::fill_n(direction_.write(0, parity), n_, settings.forced_direction);
         std::fill_n(direction_.write(1, parity), n_, settings.forced_direction);
         std::fill_n(gain_.write(0, parity), n_, Sample{1024});
@@ -48,12 +50,12 @@ void LineEngine::run() {
         {&E::remove_luma,              5, &S::luma_moire},         // rgb, average, luma weight
         {&E::remove_color,             5, &S::color_moire},        // rgb, weights +-1
         {&E::sharpen,                  5, &S::sharpens},           // rgb, mosaic luma +-1
-        {&E::write_row,                last_lag, nullptr},         // rgb, gain
+        {&E::write_row,                LAST_LAG, nullptr},         // rgb, gain
     };
     // clang-format on
     if (settings_.sharpens)
-        log_log(LOG_INFO, "cfa_hw", __LINE__, "reg_cfa_shpn_gain_value = %d", settings_.sharpen.gain);
-    for (int t = 0; t < height_ + last_lag; t++) {
+        log_sharpening_strength(settings_.sharpen.gain);
+    for (int t = 0; t < height_ + LAST_LAG; ++t) {
         if (t < height_) {
             source_.read(t, raw_.write(t, 0), raw_.write(t, 1));
             raw_.mirror(t);
@@ -78,19 +80,19 @@ FiveSamples LineEngine::along_column(const Lines &plane, int y, int parity) {
 }
 
 void LineEngine::write_dc(int y) {
-    for (int parity = 0; parity < 2; parity++)
+    for (int parity = 0; parity < 2; ++parity)
         binomial_3x3(sight<1>(largest_, y, parity), dc_.write(0, parity), n_);
     sink_.dc(y, {{dc_.half(0, 0), dc_.half(0, 1)}});
 }
 
 void LineEngine::low_pass_mosaic(int y) {
-    for (int parity = 0; parity < 2; parity++)
+    for (int parity = 0; parity < 2; ++parity)
         binomial_3x3(sight<1>(raw_, y, parity), mosaic_luma_.write(y, parity), n_);
     mosaic_luma_.mirror(y);
 }
 
 void LineEngine::sharpen(int y) {
-    for (int parity = 0; parity < 2; parity++) {
+    for (int parity = 0; parity < 2; ++parity) {
         Sample *const detail = detail_.write(0, parity);
         Sample *const luma = rgb_luma_.write(0, parity);
         sharpen_detail(sight<1>(mosaic_luma_, y, parity), rgb_[0].half(0, parity), rgb_[1].half(0, parity),
@@ -110,3 +112,5 @@ void LineEngine::write_row(int y) {
 void run_line_engine(int width, int height, RowSource &source, RowSink &sink) {
     LineEngine(width, height, read_engine_settings(), source, sink).run();
 }
+
+} // namespace cfa

@@ -6,10 +6,12 @@
 #include <array>
 #include <cstdint>
 
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
 #include "cmodel/cfa/src/lines/line_buffer.h"
 #include "cmodel/cfa/src/lines/rows.h"
 #include "cmodel/cfa/src/lines/settings.h"
+
+namespace cfa {
 
 /// Runs the block on a picture from source to sink. REQUIRES cfa_lines_excludes to have nothing against the
 /// registers and the size, and every sample to be 0..4095.
@@ -103,3 +105,5 @@ class LineEngine {
     Lines rgb_[3] = {lines(1), lines(1), lines(1)}, smoothed_[3] = {lines(1), lines(1), lines(1)};
     Lines dc_ = lines(1);
 };
+
+} // namespace cfa

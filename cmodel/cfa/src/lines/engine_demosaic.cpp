@@ -1,6 +1,8 @@
 // The line engine's demosaic stages: which half-row goes to which kernel.
 #include "cmodel/cfa/src/lines/engine.h"
 
+namespace cfa {
+
 void LineEngine::average(int y) {
     const int color = color_parity(y);
     const int green = 1 - color;
@@ -34,12 +36,12 @@ void LineEngine::predict_greens(int y) {
 }
 
 void LineEngine::find_largest(int y) {
-    for (int parity = 0; parity < 2; parity++)
+    for (int parity = 0; parity < 2; ++parity)
         largest_of_columns(along_column(raw_, y, parity), column_of_three_.write(0, parity),
                            column_of_five_.write(0, parity), n_);
     column_of_three_.mirror(0);
     column_of_five_.mirror(0);
-    for (int parity = 0; parity < 2; parity++)
+    for (int parity = 0; parity < 2; ++parity)
         largest_of_window(along_row(column_of_three_, 0, parity), along_row(column_of_five_, 0, parity),
                           largest_.write(y, parity), n_);
     largest_.mirror(y);
@@ -65,8 +67,8 @@ void LineEngine::predict_candidate(int y, const Lines &green, const Lines &diffe
     other.mirror(y);
     if (!settings_.uses_variance)
         return;
-    for (int k = 0; k < 2; k++) {
-        for (int parity = 0; parity < 2; parity++)
+    for (int k = 0; k < 2; ++k) {
+        for (int parity = 0; parity < 2; ++parity)
             distances(color[k].half(y, parity), green.half(y, parity), distance[k].write(y, parity), n_);
         distance[k].mirror(y);
     }
@@ -119,7 +121,7 @@ void LineEngine::reconstruct(int y) {
         return BlendWeights{weight_h_.write(0, parity), weight_v_.write(0, parity),
                             weight_inverse_.write(0, parity)};
     };
-    for (int parity = 0; parity < 2; parity++) {
+    for (int parity = 0; parity < 2; ++parity) {
         blend_weights(sig_h_.half(0, parity), sig_v_.half(0, parity), weights(parity), n_);
         neighbourhood_range(sight<1>(raw_, y, parity), range_low_.write(0, parity),
                             range_high_.write(0, parity), n_);
@@ -140,3 +142,5 @@ void LineEngine::reconstruct(int y) {
     choose_color(0, g);
     choose_color(1, g);
 }
+
+} // namespace cfa

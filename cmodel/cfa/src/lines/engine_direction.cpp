@@ -2,8 +2,10 @@
 // the row.
 #include "cmodel/cfa/src/lines/engine.h"
 
+namespace cfa {
+
 void LineEngine::cast_votes(int y) {
-    for (int parity = 0; parity < 2; parity++)
+    for (int parity = 0; parity < 2; ++parity)
         votes_of_neighbours(activity_h_.half(y, parity), activity_v_.half(y, parity), settings_.strong,
                             vote_below_.write(y, parity), n_);
 }
@@ -35,13 +37,13 @@ void LineEngine::decide_direction(int y) {
     const int last = width_ - 1;
     weighted_luma(average_[0].half(y, g), average_[1].half(y, g), average_[2].half(y, g), luma_.write(0, g),
                   n_);
-    for (int parity = 0; parity < 2; parity++)
+    for (int parity = 0; parity < 2; ++parity)
         vote_of_right(sig_h_.half(0, parity), sig_v_.half(0, parity), activity_h_.half(y, parity),
                       activity_v_.half(y, parity), settings_.strong, vote_right_.write(0, parity), n_);
 
     // The first row and the first and last column do not vote. Kept: the last row does.
     DirectionByLeft by_left[2];
-    for (int parity = 0; parity < 2; parity++) {
+    for (int parity = 0; parity < 2; ++parity) {
         by_left[parity] = {by_left_[0].write(0, parity), by_left_[1].write(0, parity),
                            by_left_[2].write(0, parity)};
         decide_half(y, parity, by_left[parity], y > 0, 0, n_);
@@ -54,3 +56,5 @@ void LineEngine::decide_direction(int y) {
     resolve_pairs(by_left[0], by_left[1], pair_before_.half(0, 0), direction_.write(y, 0),
                   direction_.write(y, 1), n_);
 }
+
+} // namespace cfa

@@ -6,15 +6,18 @@
 // whose column parity is that of the place they stand in for.
 #pragma once
 
+#include <cassert>
 #include <cstddef>
 #include <new>
 #include <vector>
 
 #include "cmodel/cfa/src/kit/window.h"
-#include "cmodel/cfa/src/lines/kernel.h"
+#include "cmodel/cfa/src/lines/kernels/basics.h"
+
+namespace cfa {
 
 /// Elements before and behind a half-row: two are mirrored, the rest keep half-rows apart and aligned.
-constexpr int half_margin = 32;
+constexpr int HALF_MARGIN = 32;
 
 /// Elements of a half-row rounded up to whole vectors. Kernels compute all of them; what lies beyond the row
 /// is never looked at.
@@ -40,25 +43,34 @@ template <class T> class LineBuffer {
   public:
     LineBuffer(int width, int height, int rows)
         : width_(width), height_(height), rows_(rows),
-          stride_(static_cast<size_t>(padded_half(width) + 2 * half_margin)),
-          store_(static_cast<size_t>(rows) * 2 * stride_), half_(static_cast<size_t>(rows) * 2) {
-        for (size_t k = 0; k < half_.size(); k++)
-            half_[k] = store_.data() + k * stride_ + half_margin;
+          stride_(static_cast<size_t>(padded_half(width) + 2 * HALF_MARGIN)),
+          store_(static_cast<size_t>(rows) * 2 * stride_), half_(static_cast<size_t>(rows) * 2),
+          row_of_(static_cast<size_t>(rows) * 2, -1) {
+        for (size_t k = 0; k < half_.size(); ++k)
+            half_[k] = store_.data() + k * stride_ + HALF_MARGIN;
     }
 
     /// Element 0 of the half-row. REQUIRES row y, or its mirror image, to be among the last `rows` written.
-    const T *half(int y, int parity) const { return half_[slot(y, parity)]; }
+    const T *half(int y, int parity) const {
+        assert(row_of_[slot(y, parity)] == mirror_index(y, height_));
+        return half_[slot(y, parity)];
+    }
 
     /// Element 0 of the half-row, to be written. REQUIRES 0 <= y < height.
     T *write(int y, int parity) {
+        assert(0 <= y && y < height_);
         T *const own = stored(y, parity);
         half_[slot(y, parity)] = own;
+        row_of_[slot(y, parity)] = y;
         return own;
     }
 
     /// Lets a half-row be read from another plane's, which must stay alive as long, until it is written
     /// again.
-    void alias(int y, int parity, const T *other) { half_[slot(y, parity)] = other; }
+    void alias(int y, int parity, const T *other) {
+        half_[slot(y, parity)] = other;
+        row_of_[slot(y, parity)] = y;
+    }
 
     /// Continues a finished half-row by its mirrored samples, two on each side.
     void mirror(int y, int parity) {
@@ -83,7 +95,7 @@ template <class T> class LineBuffer {
     size_t slot(int y, int parity) const {
         return static_cast<size_t>(mirror_index(y, height_) % rows_) * 2 + static_cast<size_t>(parity);
     }
-    T *stored(int y, int parity) { return store_.data() + slot(y, parity) * stride_ + half_margin; }
+    T *stored(int y, int parity) { return store_.data() + slot(y, parity) * stride_ + HALF_MARGIN; }
 
     int width_;
     int height_;
@@ -91,6 +103,7 @@ template <class T> class LineBuffer {
     size_t stride_;
     std::vector<T, VectorAligned<T>> store_;
     std::vector<const T *> half_;
+    std::vector<int> row_of_; // the row that a slot holds, -1 for none yet: what asserts look at
 };
 
 using Lines = LineBuffer<Sample>;
@@ -98,9 +111,11 @@ using Lines = LineBuffer<Sample>;
 /// Rows y-R to y+R of a plane, seen from one column parity.
 template <int R> Sight<R> sight(const Lines &plane, int y, int parity) {
     Sight<R> s;
-    for (int dy = -R; dy <= R; dy++) {
+    for (int dy = -R; dy <= R; ++dy) {
         s.own[dy + R] = plane.half(y + dy, parity);
         s.left[dy + R] = plane.left(y + dy, parity);
     }
     return s;
 }
+
+} // namespace cfa

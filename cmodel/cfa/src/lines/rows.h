@@ -1,7 +1,9 @@
 // Where the line engine takes its rows from and where it gives them to.
 #pragma once
 
-#include "cmodel/cfa/src/lines/kernel.h"
+#include "cmodel/cfa/src/lines/kernels/basics.h"
+
+namespace cfa {
 
 /// A row split by column parity; element i of half p is column 2*i + p.
 struct SplitRow {
@@ -24,3 +26,5 @@ class RowSink {
     virtual void dc(int y, SplitRow row) = 0;
     virtual void gain(int y, SplitRow row) = 0; // u12, 1024 is 1.0
 };
+
+} // namespace cfa

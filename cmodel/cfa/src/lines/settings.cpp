@@ -2,15 +2,16 @@
 
 #include <algorithm>
 
-#include "cmodel/cfa/src/kit/sharpening_table.h"
+#include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
-#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "cmodel/common/color_id.h"
+
+namespace cfa {
 
 namespace {
 
-Curve curve(int32_t x0, int32_t y0, int32_t y1, int32_t slope) {
-    return {x0, y0, slope, std::min(y0, y1), std::max(y0, y1)};
+Curve curve(const CurveRegisters &c) {
+    return {c.x0, c.y0, c.slope, std::min(c.y0, c.y1), std::max(c.y0, c.y1)};
 }
 
 constexpr Sample all_ones(bool condition) {
@@ -18,10 +19,9 @@ constexpr Sample all_ones(bool condition) {
 }
 
 SharpeningTable packed_sharpening_table() {
-    const auto entries = sharpening_table();
     SharpeningTable table{};
-    for (int k = 0; k < 16; k++)
-        table.word[k] = static_cast<Sample>(entries[2 * k] | entries[2 * k + 1] << 8);
+    for (int k = 0; k < 16; ++k)
+        table.word[k] = static_cast<Sample>(sharpening_entry(2 * k) | sharpening_entry(2 * k + 1) << 8);
     table.activity_limit =
         static_cast<Sample>(std::min<int32_t>(cfa_reg.hw.reg_cfa_ghp_thd, 32767)); // activity is below
     return table;
@@ -44,17 +44,16 @@ void read_luma_moire(EngineSettings &s) {
     s.luma_moire = r.reg_cfa_ymoire_enable == 1;
     s.luma.red_blue_mask = r.reg_cfa_ymoire_ref_maxg_only == 1 ? 0 : -1;
     s.luma.noise = r.reg_cfa_ymoire_np;
-    s.luma.detail = curve(r.reg_cfa_ymoire_detail_th, r.reg_cfa_ymoire_detail_low,
-                          r.reg_cfa_ymoire_detail_high, r.reg_cfa_ymoire_detail_slope);
-    s.luma.edge = curve(r.reg_cfa_ymoire_edge_th, r.reg_cfa_ymoire_edge_low, r.reg_cfa_ymoire_edge_high,
-                        r.reg_cfa_ymoire_edge_slope);
-    s.luma.output = curve(r.reg_cfa_ymoire_lut_th, r.reg_cfa_ymoire_lut_low, r.reg_cfa_ymoire_lut_high,
-                          r.reg_cfa_ymoire_lut_slope);
+    const LumaMoireCurves curves = luma_moire_curves();
+    s.luma.detail = curve(curves.detail);
+    s.luma.edge = curve(curves.edge);
+    s.luma.output = curve(curves.output);
     s.luma.lpf_w = r.reg_cfa_ymoire_lpf_w;
     s.luma.dc_w = r.reg_cfa_ymoire_dc_w;
 }
 
-DirectionalKernels directional_kernels(const int32_t (&d0)[3], const int32_t (&d45)[9]) {
+DirectionalKernels directional_kernels() {
+    const auto [d0, d45] = directional_coefficients();
     const auto c = [](int32_t v) { return static_cast<Sample>(v); };
     DirectionalKernels k{};
     k.line0 = c(d0[0]);
@@ -76,28 +75,19 @@ DirectionalKernels directional_kernels(const int32_t (&d0)[3], const int32_t (&d
 void read_color_moire(EngineSettings &s) {
     const auto &r = cfa_reg.hw;
     s.color_moire = r.reg_cfa_cmoire_enable == 1;
-    s.color_distance.saturation = curve(r.reg_cfa_cmoire_sat_x0, r.reg_cfa_cmoire_sat_y0,
-                                        r.reg_cfa_cmoire_sat_y1, r.reg_cfa_cmoire_sat_slp0);
-    s.color_distance.hue = curve(r.reg_cfa_cmoire_ptclr_x0, r.reg_cfa_cmoire_ptclr_y0,
-                                 r.reg_cfa_cmoire_ptclr_y1, r.reg_cfa_cmoire_ptclr_slp0);
-    const int32_t hues[3] = {r.reg_cfa_cmoire_protclr1, r.reg_cfa_cmoire_protclr2, r.reg_cfa_cmoire_protclr3};
-    const int32_t enabled[3] = {r.reg_cfa_cmoire_protclr1_enable, r.reg_cfa_cmoire_protclr2_enable,
-                                r.reg_cfa_cmoire_protclr3_enable};
-    for (int k = 0; k < 3; k++) {
+    const ColorMoireCurves curves = color_moire_curves();
+    s.color_distance.saturation = curve(curves.saturation);
+    s.color_distance.hue = curve(curves.hue);
+    const auto hues = protected_hues();
+    for (size_t k = 0; k < hues.size(); ++k) {
         // A hue that is not protected is raised beyond the 4095 that the search for the nearest starts from.
-        s.color_distance.protected_hue[k] = static_cast<Sample>(enabled[k] == 1 ? hues[k] : 0);
-        s.color_distance.out_of_reach[k] = enabled[k] == 1 ? 0 : 16384;
+        s.color_distance.protected_hue[k] = static_cast<Sample>(hues[k].enabled ? hues[k].hue : 0);
+        s.color_distance.out_of_reach[k] = hues[k].enabled ? 0 : 16384;
     }
-    s.directional = directional_kernels(
-        {r.reg_cfa_cmoire_edge_d0c0, r.reg_cfa_cmoire_edge_d0c1, r.reg_cfa_cmoire_edge_d0c2},
-        {r.reg_cfa_cmoire_edge_d45c0, r.reg_cfa_cmoire_edge_d45c1, r.reg_cfa_cmoire_edge_d45c2,
-         r.reg_cfa_cmoire_edge_d45c3, r.reg_cfa_cmoire_edge_d45c4, r.reg_cfa_cmoire_edge_d45c5,
-         r.reg_cfa_cmoire_edge_d45c6, r.reg_cfa_cmoire_edge_d45c7, r.reg_cfa_cmoire_edge_d45c8});
+    s.directional = directional_kernels();
     s.edge.luma_target = r.reg_cfa_cmoire_lumagain_enable == 1 ? r.reg_cfa_cmoire_lumatg : 0;
-    s.edge.edge = curve(r.reg_cfa_cmoire_edge_x0, r.reg_cfa_cmoire_edge_y0, r.reg_cfa_cmoire_edge_y1,
-                        r.reg_cfa_cmoire_edge_slp0);
-    s.phase = curve(r.reg_cfa_cmoire_pd_x0, r.reg_cfa_cmoire_pd_y0, r.reg_cfa_cmoire_pd_y1,
-                    r.reg_cfa_cmoire_pd_slp0);
+    s.edge.edge = curve(curves.edge);
+    s.phase = curve(curves.phase);
     s.strength = static_cast<Sample>(r.reg_cfa_cmoire_strth);
 }
 
@@ -120,7 +110,7 @@ void read_sharpen(EngineSettings &s) {
 
 EngineSettings read_engine_settings() {
     EngineSettings s{};
-    const uint32_t id = static_cast<uint32_t>(int32_t{cmodel_top_reg.hw.reg_img_bayerid});
+    const uint32_t id = pattern_id();
     const auto is_green = [](uint32_t code) { return code == CODE_GB || code == CODE_GR; };
     s.first_color_parity = is_green(CM_GET_COLOR_ID(0, 0, id)) ? 1 : 0;
     s.first_color = CM_GET_COLOR_ID(0, s.first_color_parity, id) == CODE_R ? 0 : 1;
@@ -131,3 +121,5 @@ EngineSettings read_engine_settings() {
     read_sharpen(s);
     return s;
 }
+
+} // namespace cfa

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 struct EngineSettings {
     int first_color_parity; // of row 0: the column parity of its red or blue sites
@@ -30,3 +32,5 @@ struct EngineSettings {
 
 /// The settings that the register blocks hold now. REQUIRES a pattern id of 0 to 3.
 EngineSettings read_engine_settings();
+
+} // namespace cfa

@@ -1,9 +1,11 @@
 // Local averages: a smooth, alias-free estimate of all three colours at every pixel.
-#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -41,15 +43,15 @@ struct AtGreen {
 } // namespace
 
 void cfa_CalAvg(const FRAME *raw, FRAME *AvgRGB, uint32_t bayer_id) {
-    const int width = static_cast<int>(raw->width);
-    const int height = static_cast<int>(raw->height);
+    const int width = width_of(raw);
+    const int height = height_of(raw);
     Raw P(raw);
     Rgb avg{0, 0, 0}; // Kept: any other code repeats the values last computed, in scan order
 
-    for (int y = 0; y < height; y++) {
+    for (int y = 0; y < height; ++y) {
         P.move_to(y);
-        for (int x = 0; x < width; x++) {
-            P.at(x);
+        for (int x = 0; x < width; ++x) {
+            P.centre_on(x);
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             if (code == CODE_B || code == CODE_R) {
                 const AtRedBlue e(P);
@@ -64,6 +66,5 @@ void cfa_CalAvg(const FRAME *raw, FRAME *AvgRGB, uint32_t bayer_id) {
             sample(AvgRGB, y, x, 2) = avg.b;
         }
     }
-    if (dump_dbg_img)
-        dump_dbg_frame(AvgRGB, 3, 1, 12, debug_path_of("dbg_img_AvgRGB.ppm"));
+    write_debug_image("AvgRGB", AvgRGB);
 }

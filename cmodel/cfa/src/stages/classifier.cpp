@@ -1,11 +1,13 @@
 // Edge classifier: how much the mosaic changes along the row and along the column.
 #include <algorithm>
 
-#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -59,13 +61,13 @@ int32_t ratio_along_column(const Raw &P) {
 
 void cfa_CalClassifier(const FRAME *raw, FRAME *LH, FRAME *LV, FRAME *LMax, FRAME *RatioH, FRAME *RatioV,
                        uint32_t bayer_id) {
-    const int width = static_cast<int>(raw->width);
-    const int height = static_cast<int>(raw->height);
+    const int width = width_of(raw);
+    const int height = height_of(raw);
     Raw P(raw);
-    for (int y = 0; y < height; y++) {
+    for (int y = 0; y < height; ++y) {
         P.move_to(y);
-        for (int x = 0; x < width; x++) {
-            P.at(x);
+        for (int x = 0; x < width; ++x) {
+            P.centre_on(x);
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             const bool red_blue = code == CODE_B || code == CODE_R; // any other code counts as green
 
@@ -81,9 +83,7 @@ void cfa_CalClassifier(const FRAME *raw, FRAME *LH, FRAME *LV, FRAME *LMax, FRAM
             sample(RatioV, y, x) = red_blue ? ratio_along_column(P) : 0;
         }
     }
-    if (dump_dbg_img) {
-        dump_dbg_frame(LH, 0, 1, 12, debug_path_of("dbg_img_LH.ppm"));
-        dump_dbg_frame(LV, 0, 1, 12, debug_path_of("dbg_img_LV.ppm"));
-        dump_dbg_frame(LMax, 0, 1, 12, debug_path_of("dbg_img_LMax.ppm"));
-    }
+    write_debug_image("LH", LH);
+    write_debug_image("LV", LV);
+    write_debug_image("LMax", LMax);
 }

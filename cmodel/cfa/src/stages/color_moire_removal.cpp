@@ -1,11 +1,13 @@
 // Colour-moire removal: red and blue are pulled toward green by the combined weight of the statistics.
 #include <algorithm>
 
-#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -13,10 +15,10 @@ namespace {
 FramePtr smoothed(const FRAME *cdist_wt) {
     FramePtr out = plane_like(cdist_wt, FRAME_TYPE_IMG, 1, 16);
     Window<1> P(cdist_wt);
-    for (int y = 0; y < static_cast<int>(cdist_wt->height); y++) {
+    for (int y = 0; y < height_of(cdist_wt); ++y) {
         P.move_to(y);
-        for (int x = 0; x < static_cast<int>(cdist_wt->width); x++) {
-            P.at(x);
+        for (int x = 0; x < width_of(cdist_wt); ++x) {
+            P.centre_on(x);
             sample(out.get(), y, x) = (binomial3x3(P) + 8) >> 4;
         }
     }
@@ -27,13 +29,13 @@ FramePtr smoothed(const FRAME *cdist_wt) {
 FramePtr widened(const FRAME *edge_wt) {
     FramePtr out = plane_like(edge_wt, FRAME_TYPE_IMG, 1, 16);
     Window<1, 3> P(edge_wt);
-    for (int y = 0; y < static_cast<int>(edge_wt->height); y++) {
+    for (int y = 0; y < height_of(edge_wt); ++y) {
         P.move_to(y);
-        for (int x = 0; x < static_cast<int>(edge_wt->width); x++) {
-            P.at(x);
+        for (int x = 0; x < width_of(edge_wt); ++x) {
+            P.centre_on(x);
             int32_t largest = 0;
-            for (int dy = -1; dy <= 1; dy++)
-                for (int dx = -3; dx <= 3; dx++)
+            for (int dy = -1; dy <= 1; ++dy)
+                for (int dx = -3; dx <= 3; ++dx)
                     largest = std::max(largest, P(dy, dx));
             sample(out.get(), y, x) = largest;
         }
@@ -47,14 +49,14 @@ FramePtr smoothed_mix(const FRAME *pd_wt, const FRAME *edge_wt, const FRAME *edg
     FramePtr mix = plane_like(pd_wt, FRAME_TYPE_IMG, 1, 16);
     FramePtr out = plane_like(pd_wt, FRAME_TYPE_IMG, 1, 16);
     Window<0, 1> P(mix.get()); // looks only along rows that are complete
-    for (int y = 0; y < static_cast<int>(pd_wt->height); y++) {
-        for (int x = 0; x < static_cast<int>(pd_wt->width); x++) {
+    for (int y = 0; y < height_of(pd_wt); ++y) {
+        for (int x = 0; x < width_of(pd_wt); ++x) {
             const int32_t pd = value(pd_wt, y, x);
             sample(mix.get(), y, x) = (value(edge_max, y, x) * pd + (4095 - pd) * value(edge_wt, y, x)) >> 12;
         }
         P.move_to(y);
-        for (int x = 0; x < static_cast<int>(pd_wt->width); x++) {
-            P.at(x);
+        for (int x = 0; x < width_of(pd_wt); ++x) {
+            P.centre_on(x);
             sample(out.get(), y, x) = (P(0, -1) + 2 * P(0, 0) + P(0, 1) + 2) >> 2;
         }
     }
@@ -80,8 +82,8 @@ void cfa_DeColorMoire(const FRAME *in_rgb, FRAME *out_rgb, const FRAME *pd_wt, c
     const FramePtr edge_max = widened(edge_wt);
     const FramePtr mix = smoothed_mix(pd_wt, edge_wt, edge_max.get());
 
-    for (int y = 0; y < static_cast<int>(in_rgb->height); y++) {
-        for (int x = 0; x < static_cast<int>(in_rgb->width); x++) {
+    for (int y = 0; y < height_of(in_rgb); ++y) {
+        for (int x = 0; x < width_of(in_rgb); ++x) {
             const int32_t w = (value(mix.get(), y, x) * value(cdist.get(), y, x)) >> 12;
             const int32_t green = value(in_rgb, y, x, 1);
             sample(out_rgb, y, x, 0) = pulled(value(in_rgb, y, x, 0), green, w, strength);
@@ -89,9 +91,7 @@ void cfa_DeColorMoire(const FRAME *in_rgb, FRAME *out_rgb, const FRAME *pd_wt, c
             sample(out_rgb, y, x, 2) = pulled(value(in_rgb, y, x, 2), green, w, strength);
         }
     }
-    if (dump_dbg_img) { // Kept: 12-bit weights at depth 8, limited to 255
-        dump_dbg_frame(pd_wt, 0, 1, 8, debug_path_of("dbg_img_afc_PD_WT.ppm"));
-        dump_dbg_frame(cdist_wt, 0, 1, 8, debug_path_of("dbg_img_afc_CDIST_WT.ppm"));
-        dump_dbg_frame(edge_wt, 0, 1, 8, debug_path_of("dbg_img_afc_edge_STD_WT.ppm"));
-    }
+    write_debug_image("pd_wt", pd_wt);
+    write_debug_image("cdist_wt", cdist_wt);
+    write_debug_image("edge_wt", edge_wt);
 }

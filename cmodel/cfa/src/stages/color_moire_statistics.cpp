@@ -1,45 +1,46 @@
 // Colour-moire statistics: which pixels may lose their colour, and where the directional texture is unequal.
 #include <algorithm>
+#include <array>
+#include <cstdlib>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/kit/window.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/curve.h"
 
+using namespace cfa;
+
 namespace {
 
-constexpr int32_t hue_circle = 2880; // 360 degrees in eighths
+constexpr int32_t HUE_CIRCLE = 2880; // 360 degrees in eighths
+
+int32_t weight_of(int32_t x, const CurveRegisters &c) {
+    return CM_LUT3_CLIP(x, c.x0, c.y0, c.y1, c.slope, 10);
+}
 
 // Distance to the nearest protected hue; 4095 when none is protected.
-int32_t hue_distance(int32_t hue) {
-    const auto &r = cfa_reg.hw;
-    const int32_t enabled[3] = {r.reg_cfa_cmoire_protclr1_enable, r.reg_cfa_cmoire_protclr2_enable,
-                                r.reg_cfa_cmoire_protclr3_enable};
-    const int32_t protected_hue[3] = {r.reg_cfa_cmoire_protclr1, r.reg_cfa_cmoire_protclr2,
-                                      r.reg_cfa_cmoire_protclr3};
+int32_t hue_distance(int32_t hue, const std::array<ProtectedHue, 3> &hues) {
     int32_t nearest = 4095;
-    for (int i = 0; i < 3; i++) {
-        if (enabled[i] != 1)
+    for (const ProtectedHue &one : hues) {
+        if (!one.enabled)
             continue;
-        const int32_t d = magnitude(hue - protected_hue[i]);
-        nearest = std::min(nearest, std::min(d, hue_circle - d));
+        const int32_t d = magnitude(hue - one.hue);
+        nearest = std::min(nearest, std::min(d, HUE_CIRCLE - d));
     }
     return nearest;
 }
 
 // High for a pale colour whose hue is far from the protected ones.
-int32_t color_distance_weight(int32_t red, int32_t green, int32_t blue) {
-    const auto &r = cfa_reg.hw;
+int32_t color_distance_weight(int32_t red, int32_t green, int32_t blue, const ColorMoireCurves &curves,
+                              const std::array<ProtectedHue, 3> &hues) {
     const int32_t saturation = norm2(magnitude(red - green), magnitude(blue - green));
-    const int32_t sat_weight = CM_LUT3_CLIP(saturation, r.reg_cfa_cmoire_sat_x0, r.reg_cfa_cmoire_sat_y0,
-                                            r.reg_cfa_cmoire_sat_y1, r.reg_cfa_cmoire_sat_slp0, 10);
+    const int32_t sat_weight = weight_of(saturation, curves.saturation);
 
     uint32_t hue = 0, unused_sat = 0, unused_val = 0;
     rgb2hsv(red, green, blue, hue, unused_sat, unused_val, 3, 0, 0);
-    const int32_t hue_weight =
-        CM_LUT3_CLIP(hue_distance(static_cast<int32_t>(hue)), r.reg_cfa_cmoire_ptclr_x0,
-                     r.reg_cfa_cmoire_ptclr_y0, r.reg_cfa_cmoire_ptclr_y1, r.reg_cfa_cmoire_ptclr_slp0, 10);
+    const int32_t hue_weight = weight_of(hue_distance(static_cast<int32_t>(hue), hues), curves.hue);
     return (sat_weight * hue_weight) >> 12;
 }
 
@@ -49,19 +50,13 @@ struct Kernels {
     int32_t k45[5][5];
 
     Kernels() {
-        const auto &r = cfa_reg.hw;
-        const int32_t d0[3] = {r.reg_cfa_cmoire_edge_d0c0, r.reg_cfa_cmoire_edge_d0c1,
-                               r.reg_cfa_cmoire_edge_d0c2};
-        const int32_t d45[9] = {
-            r.reg_cfa_cmoire_edge_d45c0, r.reg_cfa_cmoire_edge_d45c1, r.reg_cfa_cmoire_edge_d45c2,
-            r.reg_cfa_cmoire_edge_d45c3, r.reg_cfa_cmoire_edge_d45c4, r.reg_cfa_cmoire_edge_d45c5,
-            r.reg_cfa_cmoire_edge_d45c6, r.reg_cfa_cmoire_edge_d45c7, r.reg_cfa_cmoire_edge_d45c8};
+        const DirectionalCoefficients c = directional_coefficients();
         static constexpr int index45[5][5] = {
             {2, 4, 6, 7, 8}, {4, 1, 3, 5, 7}, {6, 3, 0, 3, 6}, {7, 5, 3, 1, 4}, {8, 7, 6, 4, 2}};
-        for (int i = 0; i < 5; i++) {
-            for (int j = 0; j < 5; j++) {
-                k0[i][j] = d0[std::abs(j - 2)];
-                k45[i][j] = d45[index45[i][j]];
+        for (int i = 0; i < 5; ++i) {
+            for (int j = 0; j < 5; ++j) {
+                k0[i][j] = c.straight[std::abs(j - 2)];
+                k45[i][j] = c.diagonal[index45[i][j]];
             }
         }
     }
@@ -73,8 +68,8 @@ struct Responses {
     // Kept: the kernel that varies along the row looks at GV, the one down the column at GH.
     Responses(const Kernels &k, const Window<2> &GH, const Window<2> &GV) {
         int32_t s0 = 0, s90 = 0, sa = 0, sb = 0, sc = 0, sd = 0;
-        for (int r = 0; r < 5; r++) {
-            for (int c = 0; c < 5; c++) {
+        for (int r = 0; r < 5; ++r) {
+            for (int c = 0; c < 5; ++c) {
                 const int32_t gh = GH(r - 2, c - 2);
                 const int32_t gv = GV(r - 2, c - 2);
                 s0 += k.k0[r][c] * gv;
@@ -105,11 +100,9 @@ int32_t luma_gain(int32_t green) {
     return std::min(4095, std::max(1024, (target * get_inv(green) + 16) >> 5));
 }
 
-int32_t edge_spread_weight(const Responses &e, int32_t green) {
-    const auto &r = cfa_reg.hw;
+int32_t edge_spread_weight(const Responses &e, int32_t green, const CurveRegisters &curve) {
     const int32_t spread = clip12((e.spread() * luma_gain(green) + 512) >> 10);
-    return CM_LUT3_CLIP(spread, r.reg_cfa_cmoire_edge_x0, r.reg_cfa_cmoire_edge_y0, r.reg_cfa_cmoire_edge_y1,
-                        r.reg_cfa_cmoire_edge_slp0, 10);
+    return weight_of(spread, curve);
 }
 
 } // namespace
@@ -117,16 +110,20 @@ int32_t edge_spread_weight(const Responses &e, int32_t green) {
 void cfa_CalColorMoireSts(const FRAME *avg, const FRAME *gh, const FRAME *gv, FRAME *cdist_wt,
                           FRAME *edge_wt) {
     const Kernels kernels;
+    const ColorMoireCurves curves = color_moire_curves();
+    const std::array<ProtectedHue, 3> hues = protected_hues();
     Window<2> GH(gh, 1), GV(gv, 1);
-    for (int y = 0; y < static_cast<int>(avg->height); y++) {
+    for (int y = 0; y < height_of(avg); ++y) {
         GH.move_to(y);
         GV.move_to(y);
-        for (int x = 0; x < static_cast<int>(avg->width); x++) {
-            GH.at(x);
-            GV.at(x);
-            sample(cdist_wt, y, x) =
-                color_distance_weight(value(avg, y, x, 0), value(avg, y, x, 1), value(avg, y, x, 2));
-            sample(edge_wt, y, x) = edge_spread_weight(Responses(kernels, GH, GV), value(avg, y, x, 1));
+        for (int x = 0; x < width_of(avg); ++x) {
+            GH.centre_on(x);
+            GV.centre_on(x);
+            const int32_t red = value(avg, y, x, 0);
+            const int32_t green = value(avg, y, x, 1);
+            const int32_t blue = value(avg, y, x, 2);
+            sample(cdist_wt, y, x) = color_distance_weight(red, green, blue, curves, hues);
+            sample(edge_wt, y, x) = edge_spread_weight(Responses(kernels, GH, GV), green, curves.edge);
         }
     }
 }

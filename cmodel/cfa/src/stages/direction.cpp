@@ -1,11 +1,13 @@
 // Direction information: along which direction each pixel is interpolated, decided in raster order.
 #include <algorithm>
 
-#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -67,9 +69,10 @@ int32_t cal_dir_at_g(int x, int y, const FRAME *AvgRGB, const FRAME *LH, const F
     const int32_t vote_enable = cfa_reg.hw.reg_cfa_rb_vt_enable;
     const int32_t luma_thd = cfa_reg.hw.reg_cfa_rbsig_luma_thd;
     const Evidence e(LH, LV, SigH, SigV, x, y);
-    const int32_t luma = (307 * value(AvgRGB, y, x, 0) + 615 * value(AvgRGB, y, x, 1) //
-                          + 102 * value(AvgRGB, y, x, 2)) >>
-                         10;
+    const int32_t red = value(AvgRGB, y, x, 0);
+    const int32_t green = value(AvgRGB, y, x, 1);
+    const int32_t blue = value(AvgRGB, y, x, 2);
+    const int32_t luma = (307 * red + 615 * green + 102 * blue) >> 10;
 
     int32_t dir = 0;
     if (e.activity_max() > e.activity_min() * edgee_thd2) // decisive; no tolerance test here
@@ -85,14 +88,16 @@ int32_t cal_dir_at_g(int x, int y, const FRAME *AvgRGB, const FRAME *LH, const F
 } // namespace
 
 int32_t isAtBoundary(const FRAME *frame, int x, int y) {
-    return x == 0 || x == static_cast<int>(frame->width) - 1 || y == 0 ? 1 : 0;
+    return x == 0 || x == width_of(frame) - 1 || y == 0 ? 1 : 0;
 }
 
 void cfa_Vote(int x, int y, int32_t centre_dir, int32_t *votes_h, int32_t *votes_v, const FRAME *SigH,
               const FRAME *SigV, const FRAME *LH, const FRAME *LV, const FRAME *DirInfo) {
     const int32_t vw_thd = cfa_reg.hw.reg_cfa_vw_thd;
-    const int right = mirror_index(x + 1, static_cast<int>(LH->width));
-    const int below = mirror_index(y + 1, static_cast<int>(LH->height));
+    const int left = mirror_index(x - 1, width_of(LH));
+    const int right = mirror_index(x + 1, width_of(LH));
+    const int above = mirror_index(y - 1, height_of(LH));
+    const int below = mirror_index(y + 1, height_of(LH));
     const auto cast = [=](int32_t direction, int32_t weight) {
         if (direction == 1)
             *votes_h += weight;
@@ -104,10 +109,10 @@ void cfa_Vote(int x, int y, int32_t centre_dir, int32_t *votes_h, int32_t *votes
     };
 
     // Already decided: the row above, the left neighbour; then the pixel's own prior.
-    cast(value(DirInfo, y - 1, x - 1), 1);
-    cast(value(DirInfo, y - 1, x), 2);
-    cast(value(DirInfo, y - 1, right), 1);
-    cast(value(DirInfo, y, x - 1), 2);
+    cast(value(DirInfo, above, left), 1);
+    cast(value(DirInfo, above, x), 2);
+    cast(value(DirInfo, above, right), 1);
+    cast(value(DirInfo, y, left), 2);
     cast(centre_dir, 4);
 
     // Not decided yet: estimated; ties are vertical. Kept: the right neighbour weighs 1 where the left one
@@ -116,17 +121,17 @@ void cfa_Vote(int x, int y, int32_t centre_dir, int32_t *votes_h, int32_t *votes
     cast(right_dir, 1);
     if (strong(y, right))
         cast(right_dir, 1);
-    const int columns[3] = {x - 1, x, right};
+    const int columns[3] = {left, x, right};
     const int32_t weights[3] = {1, 2, 1};
-    for (int i = 0; i < 3; i++)
+    for (int i = 0; i < 3; ++i)
         if (strong(below, columns[i]))
             cast(value(LH, below, columns[i]) < value(LV, below, columns[i]) ? 1 : 2, weights[i]);
 }
 
 void cfa_CalDirectionInfo(const FRAME *raw, const FRAME *AvgRGB, const FRAME *LH, const FRAME *LV,
                           const FRAME *SigH, const FRAME *SigV, FRAME *DirInfo, uint32_t bayer_id) {
-    for (int y = 0; y < static_cast<int>(raw->height); y++) {
-        for (int x = 0; x < static_cast<int>(raw->width); x++) {
+    for (int y = 0; y < height_of(raw); ++y) {
+        for (int x = 0; x < width_of(raw); ++x) {
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             if (code == CODE_GB || code == CODE_GR)
                 cal_dir_at_g(x, y, AvgRGB, LH, LV, SigH, SigV, DirInfo);
@@ -134,6 +139,5 @@ void cfa_CalDirectionInfo(const FRAME *raw, const FRAME *AvgRGB, const FRAME *LH
                 cal_dir_at_rb(x, y, LH, LV, SigH, SigV, DirInfo);
         }
     }
-    if (dump_dbg_img) // Kept: depth 12 for a plane of 8 bits
-        dump_dbg_frame(DirInfo, 0, 1, 12, debug_path_of("dbg_img_DirInfo.ppm"));
+    write_debug_image("DirInfo", DirInfo);
 }

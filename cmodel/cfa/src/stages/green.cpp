@@ -2,16 +2,18 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
-#include "cmodel/cfa/src/kit/sharpening_table.h"
+#include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
+
+using namespace cfa;
 
 namespace {
 
 // The sharpening weight, units of 1/32, for a ratio in Q12.
 // The index is masked: the ratio of a deep picture may wrap and leave the table.
 int32_t sharpening_weight(int32_t ratio) {
-    return sharpening_table()[(ratio >> 7) & 31];
+    return sharpening_entry((ratio >> 7) & 31);
 }
 
 } // namespace

@@ -1,14 +1,15 @@
 // Luma moire: false fine texture near the sampling limit is pulled to a smoothed value by a per-pixel weight.
 #include <algorithm>
-#include <string>
 
-#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/curve.h"
-#include "cmodel/common/ppm.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -18,20 +19,8 @@ FramePtr low_passed(const FRAME *src) {
     return dst;
 }
 
-int32_t detail_weight(int32_t x) {
-    const auto &r = cfa_reg.hw;
-    return CM_LUT3(x, r.reg_cfa_ymoire_detail_th, r.reg_cfa_ymoire_detail_low, r.reg_cfa_ymoire_detail_high,
-                   r.reg_cfa_ymoire_detail_slope, 6);
-}
-int32_t edge_weight(int32_t x) {
-    const auto &r = cfa_reg.hw;
-    return CM_LUT3(x, r.reg_cfa_ymoire_edge_th, r.reg_cfa_ymoire_edge_low, r.reg_cfa_ymoire_edge_high,
-                   r.reg_cfa_ymoire_edge_slope, 6);
-}
-int32_t output_weight(int32_t x) {
-    const auto &r = cfa_reg.hw;
-    return CM_LUT3(x, r.reg_cfa_ymoire_lut_th, r.reg_cfa_ymoire_lut_low, r.reg_cfa_ymoire_lut_high,
-                   r.reg_cfa_ymoire_lut_slope, 6);
+int32_t weight_of(int32_t x, const CurveRegisters &c) {
+    return CM_LUT3(x, c.x0, c.y0, c.y1, c.slope, 6);
 }
 
 // The larger of two sums of 20 absolute green differences over the 5 x 5 neighbourhood.
@@ -39,8 +28,8 @@ int32_t output_weight(int32_t x) {
 int32_t gradient_sum(const Window<2> &gh, const Window<2> &gv) {
     int32_t sum_v = 0;
     int32_t sum_h = 0;
-    for (int step = -2; step <= 1; step++) {
-        for (int line = -2; line <= 2; line++) {
+    for (int step = -2; step <= 1; ++step) {
+        for (int line = -2; line <= 2; ++line) {
             sum_v += magnitude(gh(step, line) - gh(step + 1, line));
             sum_h += magnitude(gv(line, step) - gv(line, step + 1));
         }
@@ -62,19 +51,19 @@ struct Removal {
 };
 
 void remove(const FRAME *rgb, const FRAME *avg, const FRAME *weight, FRAME *out) {
-    const int width = static_cast<int>(rgb->width);
-    const int height = static_cast<int>(rgb->height);
+    const int width = width_of(rgb);
+    const int height = height_of(rgb);
     const Removal removed;
     // Kept: both bounds are inclusive; the extra row and column mirror back and write the same values again.
-    for (int row = 0; row <= height; row++) {
+    for (int row = 0; row <= height; ++row) {
         const int y = mirror_index(row, height);
-        for (int col = 0; col <= width; col++) {
+        for (int col = 0; col <= width; ++col) {
             const int x = mirror_index(col, width);
             const int left = mirror_index(x - 1, width);
             const int right = mirror_index(x + 1, width);
             const int32_t luma =
                 (value(avg, y, x, 0) + 2 * value(avg, y, x, 1) + value(avg, y, x, 2) + 2) >> 2;
-            for (int k = 0; k < 3; k++)
+            for (int k = 0; k < 3; ++k)
                 sample(out, y, x, k) =
                     removed(value(rgb, y, x, k), value(rgb, y, left, k), value(rgb, y, right, k),
                             value(avg, y, x, k), luma, value(weight, y, x));
@@ -85,12 +74,12 @@ void remove(const FRAME *rgb, const FRAME *avg, const FRAME *weight, FRAME *out)
 } // namespace
 
 void cfa_LpfFrame(const FRAME *src, FRAME *dst) {
-    for (int k = 0; k < 3; k++) {
+    for (int k = 0; k < 3; ++k) {
         Window<1> P(src, k);
-        for (int y = 0; y < static_cast<int>(src->height); y++) {
+        for (int y = 0; y < height_of(src); ++y) {
             P.move_to(y);
-            for (int x = 0; x < static_cast<int>(src->width); x++) {
-                P.at(x);
+            for (int x = 0; x < width_of(src); ++x) {
+                P.centre_on(x);
                 sample(dst, y, x, k) = binomial3x3(P) >> 4;
             }
         }
@@ -101,37 +90,36 @@ int32_t cfa_CalYMoireWgt(const FRAME *gh, const FRAME *gv, const FRAME *max_lpf,
                          FRAME *wgt) {
     const int32_t green_only = cfa_reg.hw.reg_cfa_ymoire_ref_maxg_only;
     const int32_t noise = cfa_reg.hw.reg_cfa_ymoire_np;
+    const LumaMoireCurves curves = luma_moire_curves();
     const FramePtr W1 = plane_like(wgt, wgt->type, 1, 8);
     const FramePtr W2 = plane_like(wgt, wgt->type, 1, 8);
     Window<2> GH(gh, 1), GV(gv, 1);
 
-    for (int y = 0; y < static_cast<int>(wgt->height); y++) {
+    for (int y = 0; y < height_of(wgt); ++y) {
         GH.move_to(y);
         GV.move_to(y);
-        for (int x = 0; x < static_cast<int>(wgt->width); x++) {
-            GH.at(x);
-            GV.at(x);
+        for (int x = 0; x < width_of(wgt); ++x) {
+            GH.centre_on(x);
+            GV.centre_on(x);
             const int32_t dr = value(max_lpf, y, x, 0) - value(min_lpf, y, x, 0);
             const int32_t dg = value(max_lpf, y, x, 1) - value(min_lpf, y, x, 1);
             const int32_t db = value(max_lpf, y, x, 2) - value(min_lpf, y, x, 2);
             const int32_t detail = green_only == 1 ? dg : std::max({dr, db, dg});
-            const int32_t w1 = detail_weight(std::min(detail >> 4, 255));
+            const int32_t w1 = weight_of(std::min(detail >> 4, 255), curves.detail);
 
             // 256 times the mean gradient over the green range; the noise offset pads the range.
             const int32_t num = gradient_sum(GH, GV) << 8;
             const int32_t den = std::max(20 * (dg + noise), 1);
-            const int32_t w2 = edge_weight(std::min(num / den, 255));
+            const int32_t w2 = weight_of(std::min(num / den, 255), curves.edge);
 
-            const int32_t w = output_weight((w1 * w2) >> 8);
+            const int32_t w = weight_of((w1 * w2) >> 8, curves.output);
             sample(wgt, y, x) = std::min(w, 255); // Kept: never 256; a negative weight stays negative
             sample(W1.get(), y, x) = std::min(w1, 255);
             sample(W2.get(), y, x) = std::min(w2, 255);
         }
     }
-    if (dump_dbg_img) {
-        CM_WritePPM5(debug_path_of("dbg_img_MoireWgt_W1.ppm").c_str(), W1.get());
-        CM_WritePPM5(debug_path_of("dbg_img_MoireWgt_img_W2.ppm").c_str(), W2.get());
-    }
+    write_debug_image("MoireWgt_W1", W1.get());
+    write_debug_image("MoireWgt_W2", W2.get());
     return 0;
 }
 
@@ -144,15 +132,11 @@ void cfa_DeYMoire(const FRAME *rgb, const FRAME *avg, const FRAME *max_rgb, cons
     const FramePtr MaxRGB_lpf = low_passed(max_rgb);
     const FramePtr MinRGB_lpf = low_passed(min_rgb);
     const FramePtr MoireWgt = plane_like(rgb, rgb->type, 1, 8);
-    if (dump_dbg_img) {
-        dump_dbg_frame(MaxRGB_lpf.get(), 0, 1, 12, debug_path_of("dbg_img_MaxRGB_lpf.ppm"));
-        dump_dbg_frame(MinRGB_lpf.get(), 0, 1, 12, debug_path_of("dbg_img_MinRGB_lpf.ppm"));
-    }
+    write_debug_image("MaxRGB_lpf", MaxRGB_lpf.get());
+    write_debug_image("MinRGB_lpf", MinRGB_lpf.get());
     cfa_CalYMoireWgt(gh, gv, MaxRGB_lpf.get(), MinRGB_lpf.get(), MoireWgt.get());
-    if (dump_dbg_img)
-        dump_dbg_frame(MoireWgt.get(), 0, 1, 8, debug_path_of("dbg_img_MoireWgt.ppm"));
+    write_debug_image("MoireWgt", MoireWgt.get());
 
     remove(rgb, avg, MoireWgt.get(), out);
-    if (dump_dbg_img) // Kept: 12-bit values at depth 8, limited to 255
-        dump_dbg_frame(out, 3, 1, 8, debug_path_of("dbg_img_YMoire.ppm"));
+    write_debug_image("YMoire", out);
 }

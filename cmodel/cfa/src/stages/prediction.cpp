@@ -2,11 +2,13 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -30,8 +32,7 @@ Range diag(const Raw &P) {
     return Range{P(-1, -1), P(-1, 1), P(1, -1), P(1, 1)};
 }
 Range nine_greens(const Raw &P) {
-    return Range{P(-2, 0),  P(0, -2), P(0, 0),  P(0, 2), P(2, 0), //
-                 P(-1, -1), P(-1, 1), P(1, -1), P(1, 1)};
+    return Range{P(-2, 0), P(0, -2), P(0, 0), P(0, 2), P(2, 0), P(-1, -1), P(-1, 1), P(1, -1), P(1, 1)};
 }
 Range row6(const Raw &P) {
     return Range{P(0, -1), P(0, 1), P(-2, -1), P(-2, 1), P(2, -1), P(2, 1)};
@@ -71,13 +72,13 @@ Green green_at_green(const Raw &P) {
 // Pass 1 skips codes other than 0 to 3.
 void predict_green(const FRAME *raw, FRAME *GH, FRAME *GV, FRAME *GH_lp, FRAME *GH_hp, FRAME *GV_lp,
                    FRAME *GV_hp, FRAME *MaxRGB, FRAME *MinRGB, uint32_t bayer_id) {
-    const int width = static_cast<int>(raw->width);
-    const int height = static_cast<int>(raw->height);
+    const int width = width_of(raw);
+    const int height = height_of(raw);
     Raw P(raw);
-    for (int y = 0; y < height; y++) {
+    for (int y = 0; y < height; ++y) {
         P.move_to(y);
-        for (int x = 0; x < width; x++) {
-            P.at(x);
+        for (int x = 0; x < width; ++x) {
+            P.centre_on(x);
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             if (code > CODE_R)
                 continue;
@@ -105,21 +106,21 @@ void predict_green(const FRAME *raw, FRAME *GH, FRAME *GV, FRAME *GH_lp, FRAME *
 // Pass 2 on one candidate picture: red and blue from their difference to its green, which G reads.
 // Any code other than 0, 1, 3 takes the formulas of code 2.
 void predict_red_blue(const FRAME *raw, FRAME *candidate, uint32_t bayer_id) {
-    const int width = static_cast<int>(raw->width);
-    const int height = static_cast<int>(raw->height);
+    const int width = width_of(raw);
+    const int height = height_of(raw);
     Window<1> P(raw);
     Window<1> G(candidate, 1);
-    for (int y = 0; y < height; y++) {
+    for (int y = 0; y < height; ++y) {
         P.move_to(y);
         G.move_to(y);
-        for (int x = 0; x < width; x++) {
-            P.at(x);
-            G.at(x);
+        for (int x = 0; x < width; ++x) {
+            P.centre_on(x);
+            G.centre_on(x);
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             if (code == CODE_B || code == CODE_R) {
-                const int32_t diagonal = (P(-1, -1) - G(-1, -1) + P(-1, 1) - G(-1, 1) //
-                                          + P(1, -1) - G(1, -1) + P(1, 1) - G(1, 1)) >>
-                                         2;
+                const int32_t above = P(-1, -1) - G(-1, -1) + P(-1, 1) - G(-1, 1);
+                const int32_t below = P(1, -1) - G(1, -1) + P(1, 1) - G(1, 1);
+                const int32_t diagonal = (above + below) >> 2;
                 sample(candidate, y, x, code == CODE_B ? 0 : 2) = clip12(G(0, 0) + diagonal);
                 sample(candidate, y, x, code == CODE_B ? 2 : 0) = P(0, 0);
             } else {
@@ -140,13 +141,10 @@ void cfa_CalPredictPixel(const FRAME *raw, FRAME *GH, FRAME *GV, FRAME *GH_lp, F
     predict_red_blue(raw, GH, bayer_id);
     predict_red_blue(raw, GV, bayer_id);
 
-    if (dump_dbg_img) {
-        dump_dbg_frame(GH, 1, 1, 12, debug_path_of("dbg_img_GH.ppm"));
-        dump_dbg_frame(GV, 1, 1, 12, debug_path_of("dbg_img_GV.ppm"));
-        // Kept: selector 1 on a one-channel plane shows the plane shifted left by one sample.
-        dump_dbg_frame(GH_lp, 1, 1, 12, debug_path_of("dbg_img_GH_lp.ppm"));
-        dump_dbg_frame(GV_lp, 1, 1, 12, debug_path_of("dbg_img_GV_lp.ppm"));
-        dump_dbg_frame(MaxRGB, 0, 1, 12, debug_path_of("dbg_img_MaxRGB.ppm"));
-        dump_dbg_frame(MinRGB, 0, 1, 12, debug_path_of("dbg_img_MinRGB.ppm"));
-    }
+    write_debug_image("GH", GH);
+    write_debug_image("GV", GV);
+    write_debug_image("GH_lp", GH_lp);
+    write_debug_image("GV_lp", GV_lp);
+    write_debug_image("MaxRGB", MaxRGB);
+    write_debug_image("MinRGB", MinRGB);
 }

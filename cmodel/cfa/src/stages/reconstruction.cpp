@@ -1,7 +1,9 @@
 // Reconstruction: the demosaiced picture, pixel by pixel.
-#include "cmodel/cfa/src/kit/debug_image.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
+
+using namespace cfa;
 
 void cfa_CalRGB(const FRAME *raw, FRAME *rgb_out, const FRAME *GH, const FRAME *GV, const FRAME *GH_lp,
                 const FRAME *GV_lp, const FRAME *GH_hp, const FRAME *GV_hp, const FRAME *MaxRGB,
@@ -15,8 +17,8 @@ void cfa_CalRGB(const FRAME *raw, FRAME *rgb_out, const FRAME *GH, const FRAME *
     const auto blue = [=](int x, int y) { return cfa_CalRBPixel(raw, x, y, GH, GV, SigH, SigV, DirInfo, 0); };
 
     int32_t r = 0, g = 0, b = 0; // Kept: any other code repeats the values of the pixel before
-    for (int y = 0; y < static_cast<int>(raw->height); y++) {
-        for (int x = 0; x < static_cast<int>(raw->width); x++) {
+    for (int y = 0; y < height_of(raw); ++y) {
+        for (int x = 0; x < width_of(raw); ++x) {
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             if (code == CODE_B) {
                 g = green(x, y);
@@ -36,6 +38,5 @@ void cfa_CalRGB(const FRAME *raw, FRAME *rgb_out, const FRAME *GH, const FRAME *
             sample(rgb_out, y, x, 2) = b;
         }
     }
-    if (dump_dbg_img)
-        dump_dbg_frame(rgb_out, 3, 1, 12, debug_path_of("dbg_img_cfa_RGB.ppm"));
+    write_debug_image("cfa_RGB", rgb_out);
 }

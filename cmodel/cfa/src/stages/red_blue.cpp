@@ -7,6 +7,8 @@
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
 
+using namespace cfa;
+
 void cfa_GetHVWtbySig(int32_t sig_h, int32_t sig_v, int32_t *w_h, int32_t *w_v, int64_t *inv) {
     const int32_t sig_max = std::max(sig_h, sig_v);
     const int32_t m = sig_max >> 10;
@@ -27,10 +29,10 @@ int32_t cfa_CalRBPixel(const FRAME *raw, int x, int y, const FRAME *GH, const FR
     // Range of the 3 x 3 neighbourhood, whatever its colours.
     int32_t lo = value(raw, y, x);
     int32_t hi = lo;
-    for (int dy = -1; dy <= 1; dy++) {
-        const int row = mirror_index(y + dy, static_cast<int>(raw->height));
-        for (int dx = -1; dx <= 1; dx++) {
-            const int32_t s = value(raw, row, mirror_index(x + dx, static_cast<int>(raw->width)));
+    for (int dy = -1; dy <= 1; ++dy) {
+        const int row = mirror_index(y + dy, height_of(raw));
+        for (int dx = -1; dx <= 1; ++dx) {
+            const int32_t s = value(raw, row, mirror_index(x + dx, width_of(raw)));
             lo = std::min(lo, s);
             hi = std::max(hi, s);
         }

@@ -1,11 +1,13 @@
 // Sharpen gain: a map of gains from the detail that the demosaic found beyond a plain low-pass of the mosaic.
 #include <algorithm>
 
-#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "log/log.h"
+
+using namespace cfa;
 
 namespace {
 
@@ -53,8 +55,8 @@ void sg_coring_proc(const FRAME *MF, const FRAME *HF, FRAME *out) {
     const int32_t threshold_mf = (threshold_hf * cfa_reg.hw.reg_cfa_shpn_mf_core_gain) >> 8;
     const int32_t weight_hf = cfa_reg.hw.reg_cfa_shpn_hf_blend_wgt; // of 128
     const int32_t weight_mf = cfa_reg.hw.reg_cfa_shpn_mf_blend_wgt;
-    for (int y = 0; y < static_cast<int>(out->height); y++) {
-        for (int x = 0; x < static_cast<int>(out->width); x++) {
+    for (int y = 0; y < height_of(out); ++y) {
+        for (int x = 0; x < width_of(out); ++x) {
             const int32_t mf = cored(value(MF, y, x), threshold_mf);
             const int32_t hf = cored(value(HF, y, x), threshold_hf);
             const int32_t s = mf * weight_mf + hf * weight_hf;
@@ -62,16 +64,15 @@ void sg_coring_proc(const FRAME *MF, const FRAME *HF, FRAME *out) {
             sample(out, y, x) = s < 0 ? -size : size;
         }
     }
-    if (dump_dbg_img)
-        dump_signed_map(out, debug_path_of("dbg_sg_delta_core_4x_8b.ppm"));
+    write_debug_image("detail", out);
 }
 
 void get_sharpen_gain(const FRAME *rgb_luma, const FRAME *cored, FRAME *sg_out) {
     const int32_t min_y = cfa_reg.hw.reg_cfa_shpn_min_y;
     const int32_t min_gain = cfa_reg.hw.reg_cfa_shpn_min_gain;
     const int32_t max_gain = cfa_reg.hw.reg_cfa_shpn_max_gain;
-    for (int y = 0; y < static_cast<int>(sg_out->height); y++) {
-        for (int x = 0; x < static_cast<int>(sg_out->width); x++) {
+    for (int y = 0; y < height_of(sg_out); ++y) {
+        for (int x = 0; x < width_of(sg_out); ++x) {
             const int32_t luma = std::max(value(rgb_luma, y, x), min_y);
             const int32_t gain = clip12(((value(cored, y, x) * get_inv(luma)) >> 5) + 1024); // Q10
             sample(sg_out, y, x) = std::min(std::max(gain, min_gain), max_gain);
@@ -79,15 +80,19 @@ void get_sharpen_gain(const FRAME *rgb_luma, const FRAME *cored, FRAME *sg_out) 
     }
 }
 
+void cfa::log_sharpening_strength(int32_t gain) {
+    log_log(LOG_INFO, "cfa_hw", __LINE__, "reg_cfa_shpn_gain_value = %d", gain);
+}
+
 void apply_sharpen_gain_rgb(FRAME *rgb_out, const FRAME *cored) {
     const int32_t gain = cfa_reg.hw.reg_cfa_shpn_gain_value; // of 32
-    log_log(LOG_INFO, "cfa_hw", __LINE__, "reg_cfa_shpn_gain_value = %d", gain);
-    for (int y = 0; y < static_cast<int>(rgb_out->height); y++) {
-        for (int x = 0; x < static_cast<int>(rgb_out->width); x++) {
+    log_sharpening_strength(gain);
+    for (int y = 0; y < height_of(rgb_out); ++y) {
+        for (int x = 0; x < width_of(rgb_out); ++x) {
             const int32_t detail = value(cored, y, x);
             const int32_t size = (magnitude(detail) * gain + 16) / 32; // truncates toward zero
             const int32_t change = detail < 0 ? -size : size;
-            for (int c = 0; c < 3; c++)
+            for (int c = 0; c < 3; ++c)
                 sample(rgb_out, y, x, c) = clip12(value(rgb_out, y, x, c) + change);
         }
     }

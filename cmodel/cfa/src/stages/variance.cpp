@@ -1,19 +1,21 @@
 // Colour-difference variance: how much green minus another colour varies along the row and along the column.
 #include <array>
 
-#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
+
+using namespace cfa;
 
 namespace {
 
 // |channel c - green| of a candidate picture.
 FramePtr green_distance(const FRAME *raw, const FRAME *candidate, int c) {
     FramePtr diff = plane_like(raw, raw->type, 1, 12);
-    for (int y = 0; y < static_cast<int>(raw->height); y++)
-        for (int x = 0; x < static_cast<int>(raw->width); x++)
+    for (int y = 0; y < height_of(raw); ++y)
+        for (int x = 0; x < width_of(raw); ++x)
             sample(diff.get(), y, x) = magnitude(value(candidate, y, x, c) - value(candidate, y, x, 1));
     return diff;
 }
@@ -34,7 +36,7 @@ int32_t variation(const Line &c_diff, const Line &a_diff, const Line &blue, cons
     const int32_t sum_c = c_diff[0] + c_diff[1] + c_diff[2] + c_diff[3] + c_diff[4];
     const int32_t sum_a = a_diff[0] + a_diff[1] + a_diff[2] + a_diff[3] + a_diff[4];
     int32_t s = 0;
-    for (int i = 0; i < 5; i++) {
+    for (int i = 0; i < 5; ++i) {
         s += (magnitude(sum_c - c_diff[i] * 5) + magnitude(sum_a - a_diff[i] * 5)) >> 1;
         if (i < 4)
             s += (magnitude(blue[i] - blue[i + 1]) + magnitude(red[i] - red[i + 1])) >> 1;
@@ -46,8 +48,8 @@ int32_t variation(const Line &c_diff, const Line &a_diff, const Line &blue, cons
 
 void cfa_CalVarOfColorDiffAtG(const FRAME *raw, const FRAME *GH, const FRAME *GV, FRAME *SigH, FRAME *SigV,
                               uint32_t bayer_id) {
-    const int width = static_cast<int>(raw->width);
-    const int height = static_cast<int>(raw->height);
+    const int width = width_of(raw);
+    const int height = height_of(raw);
     const FramePtr AHDiff = green_distance(raw, GH, 2);
     const FramePtr AVDiff = green_distance(raw, GV, 2);
     const FramePtr CHDiff = green_distance(raw, GH, 0);
@@ -59,24 +61,22 @@ void cfa_CalVarOfColorDiffAtG(const FRAME *raw, const FRAME *GH, const FRAME *GV
         act(ah), act(ch), act(gh_red), act(gh_blue);
         act(av), act(cv), act(gv_red), act(gv_blue);
     };
-    for (int y = 0; y < height; y++) {
+    for (int y = 0; y < height; ++y) {
         each([y](auto &window) { window.move_to(y); });
-        for (int x = 0; x < width; x++) {
+        for (int x = 0; x < width; ++x) {
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             if (code != CODE_GB && code != CODE_GR)
                 continue;
-            each([x](auto &window) { window.at(x); });
+            each([x](auto &window) { window.centre_on(x); });
             sample(SigH, y, x) = variation(row_of(ch), row_of(ah), row_of(gh_blue), row_of(gh_red));
             sample(SigV, y, x) =
                 variation(column_of(cv), column_of(av), column_of(gv_blue), column_of(gv_red));
         }
     }
-    if (dump_dbg_img) { // Kept: red and blue sites are not filled yet and show as 0
-        dump_dbg_frame(SigH, 0, 1, 24, debug_path_of("dbg_img_SigH.ppm"));
-        dump_dbg_frame(SigV, 0, 1, 24, debug_path_of("dbg_img_SigV.ppm"));
-        dump_dbg_frame(AHDiff.get(), 0, 1, 12, debug_path_of("dbg_img_AHDiff.ppm"));
-        dump_dbg_frame(AVDiff.get(), 0, 1, 12, debug_path_of("dbg_img_AVDiff.ppm"));
-        dump_dbg_frame(CHDiff.get(), 0, 1, 12, debug_path_of("dbg_img_CHDiff.ppm"));
-        dump_dbg_frame(CVDiff.get(), 0, 1, 12, debug_path_of("dbg_img_CVDiff.ppm"));
-    }
+    write_debug_image("SigH", SigH);
+    write_debug_image("SigV", SigV);
+    write_debug_image("AHDiff", AHDiff.get());
+    write_debug_image("AVDiff", AVDiff.get());
+    write_debug_image("CHDiff", CHDiff.get());
+    write_debug_image("CVDiff", CVDiff.get());
 }

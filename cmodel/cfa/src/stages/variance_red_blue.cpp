@@ -4,6 +4,8 @@
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
 
+using namespace cfa;
+
 namespace {
 
 // Bilinear estimate of the colour `own` (code 0 or 3) at every pixel; sites of codes beyond 3 stay 0.
@@ -13,10 +15,10 @@ FramePtr bilinear(const FRAME *raw, uint32_t own, uint32_t bayer_id) {
     const uint32_t beside_own = own == CODE_B ? CODE_GB : CODE_GR; // the green of the rows of that colour
     const uint32_t below_own = own == CODE_B ? CODE_GR : CODE_GB;
     Window<1> P(raw);
-    for (int y = 0; y < static_cast<int>(raw->height); y++) {
+    for (int y = 0; y < height_of(raw); ++y) {
         P.move_to(y);
-        for (int x = 0; x < static_cast<int>(raw->width); x++) {
-            P.at(x);
+        for (int x = 0; x < width_of(raw); ++x) {
+            P.centre_on(x);
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             uint32_t &out = sample(estimate.get(), y, x);
             if (code == own)
@@ -34,8 +36,8 @@ FramePtr bilinear(const FRAME *raw, uint32_t own, uint32_t bayer_id) {
 
 // |green of a candidate picture - estimate|: depends on the position alone, filled once for all windows.
 void fill_difference(const FRAME *candidate, const FRAME *estimate, FRAME *diff) {
-    for (int y = 0; y < static_cast<int>(estimate->height); y++)
-        for (int x = 0; x < static_cast<int>(estimate->width); x++)
+    for (int y = 0; y < height_of(estimate); ++y)
+        for (int x = 0; x < width_of(estimate); ++x)
             sample(diff, y, x) = magnitude(value(candidate, y, x, 1) - value(estimate, y, x));
 }
 
@@ -46,10 +48,10 @@ constexpr int32_t centre_weight[5] = {1, 4, 8, 4, 1};
 // Five samples of the line, in its order, at distance `off` across it. D(along, across) reads a difference.
 template <class D> int32_t centre_line(const D &diff) {
     int32_t sum = 0;
-    for (int k = -2; k <= 2; k++)
+    for (int k = -2; k <= 2; ++k)
         sum += diff(k, 0);
     int32_t spread = 0;
-    for (int k = -2; k <= 2; k++)
+    for (int k = -2; k <= 2; ++k)
         spread += centre_weight[k + 2] * magnitude(sum - diff(k, 0) * 5);
     return spread;
 }
@@ -57,7 +59,7 @@ template <class D> int32_t centre_line(const D &diff) {
 template <class D> int32_t outer_line(const D &diff, int across) {
     const int32_t sum = diff(-1, across) + diff(0, across) + diff(1, across);
     int32_t spread = 0;
-    for (int k = -1; k <= 1; k++)
+    for (int k = -1; k <= 1; ++k)
         spread += magnitude(sum - diff(k, across) * 3);
     return spread;
 }
@@ -71,8 +73,8 @@ template <class D> int32_t measure(const D &diff) {
 void cfa_CalVarOfColorDiffAtRB(const FRAME *raw, const FRAME *GH, const FRAME *GV, FRAME *Diff0H,
                                FRAME *Diff0V, FRAME *Diff3H, FRAME *Diff3V, FRAME *SigH, FRAME *SigV,
                                uint32_t bayer_id) {
-    const int width = static_cast<int>(raw->width);
-    const int height = static_cast<int>(raw->height);
+    const int width = width_of(raw);
+    const int height = height_of(raw);
     const FramePtr Plane0 = bilinear(raw, CODE_B, bayer_id);
     const FramePtr Plane3 = bilinear(raw, CODE_R, bayer_id);
     fill_difference(GH, Plane0.get(), Diff0H);
@@ -81,18 +83,18 @@ void cfa_CalVarOfColorDiffAtRB(const FRAME *raw, const FRAME *GH, const FRAME *G
     fill_difference(GV, Plane3.get(), Diff3V);
 
     Window<2> d0h(Diff0H), d0v(Diff0V), d3h(Diff3H), d3v(Diff3V);
-    for (int y = 0; y < height; y++) {
+    for (int y = 0; y < height; ++y) {
         for (Window<2> *window : {&d0h, &d0v, &d3h, &d3v})
             window->move_to(y);
-        for (int x = 0; x < width; x++) {
+        for (int x = 0; x < width; ++x) {
             const uint32_t code = CM_GET_COLOR_ID(y, x, bayer_id);
             if (code != CODE_B && code != CODE_R)
                 continue;
             // Kept: the code of the centre chooses the difference for every position of the window.
             Window<2> &dh = code == CODE_B ? d0h : d3h;
             Window<2> &dv = code == CODE_B ? d0v : d3v;
-            dh.at(x);
-            dv.at(x);
+            dh.centre_on(x);
+            dv.centre_on(x);
             sample(SigH, y, x) = measure([&dh](int along, int across) { return dh(across, along); });
             sample(SigV, y, x) = measure([&dv](int along, int across) { return dv(along, across); });
         }

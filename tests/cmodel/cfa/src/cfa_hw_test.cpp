@@ -1,4 +1,5 @@
 #include "cmodel/cfa/src/cfa_hw.h"
+#include "cmodel/cfa/src/cfa_model.h"
 
 #include <utility>
 
@@ -6,6 +7,8 @@
 
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
+
+using namespace cfa;
 
 namespace {
 

@@ -48,7 +48,7 @@ TEST_CASE("lines are read as the INI parser reads them") {
             continue;
         write_file(path, text);
         Settings want, got;
-        ini_load_file(path.c_str(), collect, &want);
+        cfa::ini_load_file(path.c_str(), collect, &want);
         const std::vector<IniLine> lines = read_ini_text(text);
         for (const IniLine &line : lines)
             if (line.kind == IniLine::Kind::setting || line.kind == IniLine::Kind::continuation) {

@@ -38,7 +38,7 @@ std::string utf16(const std::string &text, const std::string &mark) {
 } // namespace
 
 TEST_CASE("nothing is found in a sound file") {
-    for (const RegisterTable *table : {&cfa_reg_hw_table(), &cmodel_top_reg_hw_table()})
+    for (const RegisterTable *table : {&cfa::cfa_reg_hw_table(), &cfa::cmodel_top_reg_hw_table()})
         CHECK(findings(defaults_text(*table)).empty());
     CHECK(findings("").empty());
     CHECK(findings("; c\n[other]\nreg_x = 5\n 6\n[cfa]\r\nreg_cfa_vw_thd:+09 ; c\r\n\n"

@@ -15,8 +15,8 @@ std::string random_file(const RegisterTable &table, uint64_t seed) {
     uint64_t i = 0;
     for (const RegisterInfo &info : table.registers)
         text += std::string(info.key) + " = " +
-                std::to_string(register_truncate(static_cast<int64_t>(random_bits(seed, i++)), info.bits,
-                                                 info.is_signed)) +
+                std::to_string(cfa::register_truncate(static_cast<int64_t>(random_bits(seed, i++)), info.bits,
+                                                      info.is_signed)) +
                 "\n";
     return text;
 }
@@ -24,7 +24,7 @@ std::string random_file(const RegisterTable &table, uint64_t seed) {
 } // namespace
 
 TEST_CASE("samples and the register reference are what the register list makes") {
-    for (const RegisterTable *table : {&cfa_reg_hw_table(), &cmodel_top_reg_hw_table()}) {
+    for (const RegisterTable *table : {&cfa::cfa_reg_hw_table(), &cfa::cmodel_top_reg_hw_table()}) {
         const std::string path = source_root() + "/samples/" + table->name + ".ini";
         const std::string text = defaults_text(*table);
         CHECK(read_file(path) == text);
@@ -37,7 +37,7 @@ TEST_CASE("samples and the register reference are what the register list makes")
         for (const BlockPart &p : registers.parts())
             for (const RegisterInfo &info : p.table->registers)
                 if (p.table == table) {
-                    CHECK_MESSAGE(info.const_record(*p.part).is_set == 1, info.key);
+                    CHECK_MESSAGE(info.record(*p.part).is_set == 1, info.key);
                     CHECK_MESSAGE(info.read(*p.part) == info.reset, info.key);
                     // Its comment is the line above it and is there in full.
                     CHECK(text.find(std::string(info.meaning)) != std::string::npos);
@@ -84,8 +84,8 @@ TEST_CASE("every register set to both ends of its range comes back from a load, 
     Registers any;
     for (const BlockPart &p : any.parts()) {
         for (const RegisterInfo &info : p.table->registers) {
-            for (const int32_t end :
-                 {register_min(info.bits, info.is_signed), register_max(info.bits, info.is_signed)}) {
+            for (const int32_t end : {cfa::register_min(info.bits, info.is_signed),
+                                      cfa::register_max(info.bits, info.is_signed)}) {
                 const std::string key = info.key;
                 write_file(file, set_register("x=1\n[cfa]\n" + key + " = 5\n y\n[cmodel_top]\nz = 1\n\t2\n;c",
                                               key + "=" + std::to_string(end)));
@@ -103,7 +103,7 @@ TEST_CASE("set, diff and dump as commands") {
     const std::string a = folder / "a.ini", b = folder / "b.ini", c = folder / "c.ini",
                       d = folder / "new.ini";
     const auto regs = [](const std::vector<std::string> &more) { return cfatool_run({"regs"}, more); };
-    write_file(a, random_file(cfa_reg_hw_table(), 1) + random_file(cmodel_top_reg_hw_table(), 2));
+    write_file(a, random_file(cfa::cfa_reg_hw_table(), 1) + random_file(cfa::cmodel_top_reg_hw_table(), 2));
     write_file(b, "; kept\n[other]\nk = 1\n[cfa]\nreg_cfa_enable = 0\n");
     // The values of one file into another: the files are the same to the tool, the other section stays.
     CHECK(regs({"diff", a, b}).status == 1);

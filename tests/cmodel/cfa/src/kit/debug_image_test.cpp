@@ -11,6 +11,8 @@
 #include "tests/support/planes.h"
 #include "tests/support/support.h"
 
+using namespace cfa;
+
 namespace {
 
 struct Dump {

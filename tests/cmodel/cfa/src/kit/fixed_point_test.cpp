@@ -6,6 +6,8 @@
 
 #include <doctest/doctest.h>
 
+using namespace cfa;
+
 TEST_CASE("get_inv gives the reciprocal of the tables") {
     const int32_t xs[] = {INT32_MIN, -1,   0,    1,    2,    3,    100,  255,  256,  260,   264,
                           272,       280,  288,  2047, 2048, 2184, 2185, 2340, 2341, 2520,  2521,

@@ -7,6 +7,8 @@
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
 
+using namespace cfa;
+
 TEST_CASE("lut_intp: square root by table") {
     const int32_t xs[] = {0,         16,         32,         60,        76,    92,        112,    136,
                           604,       704,        14524,      15256,     63760, 98304,     229376, 360448,

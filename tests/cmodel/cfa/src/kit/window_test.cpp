@@ -3,6 +3,8 @@
 #include "cmodel/cfa/src/kit/window.h"
 #include "tests/support/planes.h"
 
+using namespace cfa;
+
 TEST_CASE("mirror_index reflects once about the edge sample") {
     const int n = 5;
     const int want[] = {2, 1, 0, 1, 2, 3, 4, 3, 2}; // of -2 .. 6
@@ -22,8 +24,8 @@ TEST_CASE("a window reads the mirrored neighbourhood in whatever order it is mov
         P.move_to(y);
         Q.move_to(y);
         for (int x = 4; x >= 0; x--) {
-            P.at(x);
-            Q.at(x);
+            P.centre_on(x);
+            Q.centre_on(x);
             for (int dy = -2; dy <= 2; dy++)
                 for (int dx = -3; dx <= 3; dx++) {
                     INFO("y ", y, ", x ", x, ", dy ", dy, ", dx ", dx);

@@ -9,6 +9,8 @@
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "tests/support/support.h"
 
+using namespace cfa;
+
 namespace {
 
 // Resets the block, loads this text over it and returns the log of the load.
@@ -25,7 +27,7 @@ std::vector<std::string> load_cfa(const std::string &text) {
 
 TEST_CASE("tables: keys are unique, resets fit, slopes agree with their curves") {
     std::set<std::string> keys;
-    std::map<std::string, std::map<std::string, const RegisterInfo *>> curves;
+    std::map<std::string, std::map<CurveRole, const RegisterInfo *>> curves;
     CHECK(cfa_reg_hw_table().registers.size() == 115);
     CHECK(cmodel_top_reg_hw_table().registers.size() == 11);
     for (const RegisterTable *table : {&cfa_reg_hw_table(), &cmodel_top_reg_hw_table()})
@@ -36,8 +38,8 @@ TEST_CASE("tables: keys are unique, resets fit, slopes agree with their curves")
             CHECK(info.reset == register_truncate(info.reset, info.bits, info.is_signed));
             CHECK(table->find(info.key) == &info);
             CHECK(std::string(info.meaning) != "");
-            if (std::string(info.curve) != "")
-                curves[info.curve][info.role] = &info;
+            if (info.curve.role != CurveRole::none)
+                curves[info.curve.name][info.curve.role] = &info;
         }
     CHECK(cfa_reg_hw_table().find("reg_cfa_enabl") == nullptr);
 
@@ -46,15 +48,16 @@ TEST_CASE("tables: keys are unique, resets fit, slopes agree with their curves")
     for (auto &[name, role] : curves) {
         const std::string curve = name;
         INFO(curve);
-        CHECK(role.size() == (role.contains("x1") ? 5 : 4));
-        for (const char *needed : {"x0", "y0", "slp0", "y1"})
+        CHECK(role.size() == (role.contains(CurveRole::x1) ? 5 : 4));
+        for (const CurveRole needed : {CurveRole::x0, CurveRole::y0, CurveRole::slope, CurveRole::y1})
             REQUIRE(role.contains(needed));
-        CHECK(role["slp0"]->is_signed);
-        if (role.contains("x1")) {
+        CHECK(role[CurveRole::slope]->is_signed);
+        if (role.contains(CurveRole::x1)) {
             with_x1++;
-            CHECK(role["slp0"]->reset == (role["y1"]->reset - role["y0"]->reset) *
-                                             (1 << role["slp0"]->fraction_bits) /
-                                             (role["x1"]->reset - role["x0"]->reset));
+            CHECK(role[CurveRole::slope]->reset ==
+                  (role[CurveRole::y1]->reset - role[CurveRole::y0]->reset) *
+                      (1 << role[CurveRole::slope]->curve.fraction_bits) /
+                      (role[CurveRole::x1]->reset - role[CurveRole::x0]->reset));
         }
     }
     CHECK(with_x1 == 4);

@@ -3,6 +3,8 @@
 #include "cmodel/cfa/src/stages.h"
 #include "tests/support/planes.h"
 
+using namespace cfa;
+
 TEST_CASE("cfa_CalAvg: flat colours stay, but for the twelfths at green sites") {
     for (uint32_t id = 0; id < 4; id++) {
         CAPTURE(id);

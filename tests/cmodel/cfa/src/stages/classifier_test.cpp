@@ -3,6 +3,8 @@
 #include "cmodel/cfa/src/stages.h"
 #include "tests/support/planes.h"
 
+using namespace cfa;
+
 namespace {
 
 struct Planes {

@@ -4,6 +4,8 @@
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
 
+using namespace cfa;
+
 TEST_CASE_FIXTURE(FreshRegisters, "cfa_DeColorMoire: by hand") {
     Plane rgb(8, 4, 3), full(8, 4, 1, 4095), none(8, 4), edge(8, 4), out(8, 4, 3);
     for (int i = 0; i < 32; i++)

@@ -4,6 +4,8 @@
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
 
+using namespace cfa;
+
 namespace {
 
 struct Weights {

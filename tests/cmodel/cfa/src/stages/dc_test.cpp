@@ -3,6 +3,8 @@
 #include "cmodel/cfa/src/stages.h"
 #include "tests/support/planes.h"
 
+using namespace cfa;
+
 TEST_CASE("copy_to_dst and gen_MaxRGB_1ch") {
     const Plane src(2, 2, 3, {1, 2, 3, 9, 8, 7, 5, 6, 4, -3, -1, -2}), dst(src, 3), largest(src, 1);
     copy_to_dst(src, dst);

@@ -4,6 +4,8 @@
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
 
+using namespace cfa;
+
 TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalGPixel: the sharpened candidate of a direction") {
     // Predicted 1, low-passed 1000: the correction hp counts by the register of the ratio, 8 of 32 at 0.
     struct {

@@ -4,6 +4,8 @@
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
 
+using namespace cfa;
+
 TEST_CASE("cfa_LpfFrame: truncated binomial of each channel") {
     Plane src(5, 4, 3), dst(src, 3);
     src.set(1, 2, 1, 47);

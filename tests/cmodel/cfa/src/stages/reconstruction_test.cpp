@@ -4,6 +4,8 @@
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
 
+using namespace cfa;
+
 TEST_CASE_FIXTURE(FreshRegisters, "cfa_CalRGB: codes beyond 3 repeat the pixel before, 0 before the first") {
     const Plane raw(5, 3, 1, {0, 101, 0, 103, 0, -1, 106, 0, 108, 0, 0, -256, 0, -257, 0});
     Plane G(raw, 3), most(5, 3, 3, 4095), zero3(raw, 3), zero(raw, 1), rgb(raw, 3);

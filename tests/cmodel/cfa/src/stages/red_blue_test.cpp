@@ -4,6 +4,8 @@
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
 
+using namespace cfa;
+
 TEST_CASE("cfa_GetHVWtbySig: each direction is weighted by the variance of the other") {
     struct {
         int32_t sig_h, sig_v, w_h, w_v, inv;

@@ -4,6 +4,8 @@
 #include "tests/support/planes.h"
 #include "tests/support/registers.h"
 
+using namespace cfa;
+
 TEST_CASE("lumas and differences") {
     const Plane rgb(2, 1, 3, {1, 2, 2, 9000, 4000, 5000}), luma(2, 1);
     sg_get_rgb_luma(rgb, luma);

@@ -7,6 +7,8 @@
 #include "tests/support/registers.h"
 #include "tests/support/support.h"
 
+using namespace cfa;
+
 TEST_CASE_FIXTURE(FreshRegisters, "coring: small details are noise") {
     const Plane MF(7, 1, 1, {0, 8, 9, 11, -11, 4095, -4095}), HF(7, 1, 1, {16, -16, 20, 0, -19, 4095, -4095}),
         out(7, 1);

@@ -3,6 +3,8 @@
 #include "cmodel/cfa/src/stages.h"
 #include "tests/support/planes.h"
 
+using namespace cfa;
+
 TEST_CASE("cfa_CalVarOfColorDiffAtG: worked by hand") {
     // Red stands out of a green of 0 in one column. Height 1: the differences are 0 0 1 0 0 with the sum 1;
     // four distances of 1 and one of 4, halved one by one: 2; steps of 1, halved: 0. 2 * 3925 >> 10 = 7.

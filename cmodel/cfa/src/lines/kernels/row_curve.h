@@ -1,7 +1,9 @@
 // The curves as kernels evaluate them.
 #pragma once
 
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 /// A value on the slope, limited to the levels. Because the slope agrees with the levels, a place at or
 /// before the knee lands at or beyond y0, and the one limit stands for both flat parts.
@@ -18,3 +20,5 @@ constexpr int32_t rounded_curve(int32_t x, const Curve &c) {
 constexpr int32_t truncated_curve(int32_t x, const Curve &c) {
     return limited_by_curve((((x - c.x0) * c.slope) >> 10) + c.y0, c);
 }
+
+} // namespace cfa

@@ -1,4 +1,6 @@
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 namespace {
 
@@ -14,7 +16,7 @@ constexpr Sample twelfth(uint16_t sum) {
 
 CFA_KERNEL void average_at_red_blue(Sight<2> raw, Sample *green, Sample *diagonal, Sample *own, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         const Sample cross = P(0, -1) + P(0, 1) + P(-1, 0) + P(1, 0) + 2;
         const Sample corners = P(-1, -1) + P(-1, 1) + P(1, -1) + P(1, 1) + 2;
@@ -27,7 +29,7 @@ CFA_KERNEL void average_at_red_blue(Sight<2> raw, Sample *green, Sample *diagona
 
 CFA_KERNEL void average_at_green(Sight<2> raw, Sample *green, Sample *horizontal, Sample *vertical, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         const Sample greens = 4 * P(0, 0) + P(-1, -1) + P(-1, 1) + P(1, -1) + P(1, 1) + 4; // up to 32764
         const uint16_t row =
@@ -38,3 +40,5 @@ CFA_KERNEL void average_at_green(Sight<2> raw, Sample *green, Sample *horizontal
         vertical[i] = twelfth(column);
     }
 }
+
+} // namespace cfa

@@ -1,6 +1,8 @@
-#include "cmodel/cfa/src/lines/picture_words.h"
+#include "cmodel/cfa/src/lines/kernels/file_words.h"
 
 #include <algorithm>
+
+namespace cfa {
 
 namespace {
 
@@ -11,7 +13,7 @@ constexpr Index tile_columns = 512;
 
 template <class Word> [[gnu::always_inline]] inline void
 split(const Word *words, int width, Sample *__restrict even, Sample *__restrict odd) {
-    for (Index i = 0; i < width / 2; i++) {
+    for (Index i = 0; i < width / 2; ++i) {
         even[i] = static_cast<Sample>(file_order(words[2 * i]));
         odd[i] = static_cast<Sample>(file_order(words[2 * i + 1]));
     }
@@ -23,7 +25,7 @@ template <class Word>
 [[gnu::always_inline]] inline void join(SplitRow row, Index first, Index width, Word *__restrict words) {
     const Sample *const even = row.half[0] + first / 2;
     const Sample *const odd = row.half[1] + first / 2;
-    for (Index i = 0; i < width / 2; i++) {
+    for (Index i = 0; i < width / 2; ++i) {
         words[2 * i] = file_order(static_cast<Word>(even[i]));
         words[2 * i + 1] = file_order(static_cast<Word>(odd[i]));
     }
@@ -40,7 +42,7 @@ template <class Word> [[gnu::always_inline]] inline void join(SplitRow red, Spli
         join(green, first, columns, g);
         join(blue, first, columns, b);
         Word *const tile = words + 3 * first;
-        for (Index x = 0; x < columns; x++) {
+        for (Index x = 0; x < columns; ++x) {
             tile[3 * x] = r[x];
             tile[3 * x + 1] = g[x];
             tile[3 * x + 2] = b[x];
@@ -52,7 +54,7 @@ template <class Word> [[gnu::always_inline]] inline void join(SplitRow red, Spli
 
 CFA_KERNEL uint16_t union_of_words(const uint16_t *words, size_t count) {
     uint16_t any = 0;
-    for (size_t i = 0; i < count; i++)
+    for (size_t i = 0; i < count; ++i)
         any = static_cast<uint16_t>(any | words[i]);
     return file_order(any);
 }
@@ -74,3 +76,5 @@ CFA_KERNEL void join_words(SplitRow red, SplitRow green, SplitRow blue, int widt
 CFA_KERNEL void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *words) {
     join(red, green, blue, width, words);
 }
+
+} // namespace cfa

@@ -8,6 +8,8 @@
 
 #include "cmodel/cfa/src/lines/rows.h"
 
+namespace cfa {
+
 /// A file word of 8 bits, or of 16 as it lies in the file, and the sample it stands for: the same conversion
 /// both ways.
 constexpr uint8_t file_order(uint8_t v) {
@@ -29,3 +31,5 @@ void join_words(SplitRow row, int width, uint8_t *words);
 void join_words(SplitRow row, int width, uint16_t *words);
 void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint8_t *words);
 void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *words);
+
+} // namespace cfa

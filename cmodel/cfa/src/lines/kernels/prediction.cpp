@@ -1,8 +1,10 @@
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 CFA_KERNEL void predict_green(Sight<2> raw, GreenPrediction out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         const Sample h_sum = P(0, -1) + P(0, 1) + 1;
         const Sample v_sum = P(-1, 0) + P(1, 0) + 1;
@@ -24,7 +26,7 @@ CFA_KERNEL void predict_green(Sight<2> raw, GreenPrediction out, int n) {
 CFA_KERNEL void predict_at_green(const Sample *raw, const Sample *diff_left, const Sample *diff_above,
                                  const Sample *diff_below, Sample *along_row, Sample *along_column, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample row = diff_left[i] + diff_left[i + 1];
         const Sample column = diff_above[i] + diff_below[i];
         const Sample row_mean = row >> 1;
@@ -37,10 +39,12 @@ CFA_KERNEL void predict_at_green(const Sample *raw, const Sample *diff_left, con
 CFA_KERNEL void predict_at_red_blue(const Sample *green, const Sample *diff_left_above,
                                     const Sample *diff_left_below, Sample *other, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample sum =
             diff_left_above[i] + diff_left_above[i + 1] + diff_left_below[i] + diff_left_below[i + 1];
         const Sample mean = sum >> 2;
         other[i] = limited12(static_cast<Sample>(green[i] + mean));
     }
 }
+
+} // namespace cfa

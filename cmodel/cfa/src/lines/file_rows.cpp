@@ -1,13 +1,15 @@
-#include "cmodel/cfa/src/picture_rows.h"
+#include "cmodel/cfa/src/lines/file_rows.h"
 
 #include <algorithm>
 #include <optional>
 #include <vector>
 
-#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/lines/conditions.h"
 #include "cmodel/cfa/src/lines/engine.h"
-#include "cmodel/cfa/src/lines/picture_words.h"
+#include "cmodel/cfa/src/lines/kernels/file_words.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+
+namespace cfa {
 
 namespace {
 
@@ -93,17 +95,17 @@ template <class Word> void write_gain_of_one(const char *path, const WordStore &
     writer->close();
 }
 
-template <class Word> void run_words(WordStore &store, const PictureFiles &files) {
+template <class Word> void run_words(WordStore &store, const OutputPaths &out) {
     const bool sharpens = cfa_reg.hw.reg_cfa_shpn_enable == 1; // otherwise the gain is 1.0 everywhere
     const LargeBuffer gain = sharpens ? make_large_buffer(store.size()) : nullptr;
     WordSource<Word> source(store);
-    WordSink<Word> sink(store, files.rgb, reinterpret_cast<Word *>(gain.get()));
+    WordSink<Word> sink(store, out.rgb, reinterpret_cast<Word *>(gain.get()));
     run_line_engine(store.header().width, store.header().height, source, sink);
-    write_all(files.dc, store.header(), store.row<Word>(0), store.size());
+    write_all(out.dc, store.header(), store.row<Word>(0), store.size());
     if (sharpens)
-        write_all(files.gain, store.header(), gain.get(), store.size());
+        write_all(out.gain, store.header(), gain.get(), store.size());
     else
-        write_gain_of_one<Word>(files.gain, store);
+        write_gain_of_one<Word>(out.gain, store);
 }
 
 } // namespace
@@ -125,7 +127,7 @@ bool WordStore::read(PpmReader &reader) {
         if (word_bytes_ == 2)
             any |= union_of_words(reinterpret_cast<const uint16_t *>(block), got / 2);
     }
-    return any <= CFA_LINES_MAX_SAMPLE; // all ones: a sample beyond it has a bit that it lacks
+    return cfa_lines_take_samples(any);
 }
 
 FramePtr WordStore::frame(PpmReader &reader) const {
@@ -135,9 +137,11 @@ FramePtr WordStore::frame(PpmReader &reader) const {
     return raw;
 }
 
-void run_rows(WordStore &store, const PictureFiles &files) {
+void run_file_rows(WordStore &store, const OutputPaths &out) {
     if (store.word_bytes() == 1)
-        run_words<uint8_t>(store, files);
+        run_words<uint8_t>(store, out);
     else
-        run_words<uint16_t>(store, files);
+        run_words<uint16_t>(store, out);
 }
+
+} // namespace cfa

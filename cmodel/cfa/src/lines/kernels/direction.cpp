@@ -1,4 +1,6 @@
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 namespace {
 
@@ -38,7 +40,7 @@ inline void decide(const DirectionByLeft &out, Index i, bool voting, bool counts
 CFA_KERNEL void direction_at_red_blue(DirectionEvidence e, DirectionLimits limits, DirectionByLeft out,
                                       int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto [act_max, act_min] = sorted(e.lh[i], e.lv[i]);
         const auto [sig_max, sig_min] = sorted(e.sig_h[i], e.sig_v[i]);
         const Sample prior = toward(e.sig_h[i], e.sig_v[i]);
@@ -53,7 +55,7 @@ CFA_KERNEL void direction_at_red_blue(DirectionEvidence e, DirectionLimits limit
 
 CFA_KERNEL void direction_at_green(DirectionEvidence e, DirectionLimits limits, DirectionByLeft out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto [act_max, act_min] = sorted(e.lh[i], e.lv[i]);
         const auto [sig_max, sig_min] = sorted(e.sig_h[i], e.sig_v[i]);
         const Sample prior = toward(e.sig_h[i], e.sig_v[i]);
@@ -68,13 +70,13 @@ CFA_KERNEL void direction_at_green(DirectionEvidence e, DirectionLimits limits, 
 CFA_KERNEL void weighted_luma(const Sample *red, const Sample *green, const Sample *blue, Sample *luma,
                               int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++)
+    for (Index i = 0; i < n; ++i)
         luma[i] = static_cast<Sample>((307 * red[i] + 615 * green[i] + 102 * blue[i]) >> 10);
 }
 
 CFA_KERNEL void votes_of_neighbours(const Sample *lh, const Sample *lv, Sample strong, Sample *below, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample vote = select(lh[i] < lv[i], 1, -1); // a tie is vertical
         below[i] = select(largest(lh[i], lv[i]) >= strong, vote, 0);
     }
@@ -83,7 +85,7 @@ CFA_KERNEL void votes_of_neighbours(const Sample *lh, const Sample *lv, Sample s
 CFA_KERNEL void vote_of_right(const int32_t *sig_h, const int32_t *sig_v, const Sample *lh, const Sample *lv,
                               Sample strong, Sample *right, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample vote = select(sig_h[i] < sig_v[i], 1, -1);
         right[i] = select(largest(lh[i], lv[i]) >= strong, 2 * vote, vote); // Kept: a strong one votes twice
     }
@@ -94,7 +96,7 @@ CFA_KERNEL void vote_of_right(const int32_t *sig_h, const int32_t *sig_v, const 
 // result. Only the lower five bits of a word count as an offset.
 CFA_KERNEL void compose_pairs(DirectionByLeft even, DirectionByLeft odd, uint32_t *step, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto through = [&](Sample d) {
             const Sample result =
                 select(d > 0, odd.if_horizontal[i], select(d < 0, odd.if_vertical[i], odd.if_blend[i]));
@@ -108,7 +110,7 @@ CFA_KERNEL void compose_pairs(DirectionByLeft even, DirectionByLeft odd, uint32_
 // The one serial loop of the engine: before[i] holds the direction left of pair i.
 void scan_pairs(const uint32_t *step, Sample *before, int pairs) {
     uint32_t offset = 0; // column 0 never votes: its function does not depend on this
-    for (Index i = 0; i < pairs; i++) {
+    for (Index i = 0; i < pairs; ++i) {
         before[i] = static_cast<Sample>(offset);
         offset = step[i] >> (offset & 31);
     }
@@ -117,7 +119,7 @@ void scan_pairs(const uint32_t *step, Sample *before, int pairs) {
 CFA_KERNEL void resolve_pairs(DirectionByLeft even, DirectionByLeft odd, const Sample *before,
                               Sample *direction_even, Sample *direction_odd, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample offset = before[i] & 31;
         const Sample d = select(offset == 8, even.if_horizontal[i],
                                 select(offset == 24, even.if_vertical[i], even.if_blend[i]));
@@ -126,3 +128,5 @@ CFA_KERNEL void resolve_pairs(DirectionByLeft even, DirectionByLeft odd, const S
             select(d > 0, odd.if_horizontal[i], select(d < 0, odd.if_vertical[i], odd.if_blend[i]));
     }
 }
+
+} // namespace cfa

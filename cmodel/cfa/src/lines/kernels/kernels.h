@@ -5,7 +5,9 @@
 
 #include <cstdint>
 
-#include "cmodel/cfa/src/lines/kernel.h"
+#include "cmodel/cfa/src/lines/kernels/basics.h"
+
+namespace cfa {
 
 /// Local averages, u12.
 void average_at_red_blue(Sight<2> raw, Sample *green, Sample *diagonal, Sample *own, int n);
@@ -185,7 +187,7 @@ struct EdgeWeightSettings {
 void edge_spread_weight(const Sample *spread, const Sample *green, EdgeWeightSettings settings,
                         Sample *weight, int n);
 
-/// First differences along the row of one prediction and down the column of the other, +-16380.
+/// First differences along the row of one prediction and down the column of the other, +-8190.
 void first_difference_row(Sight<0> green_h, Sample *out, int n);
 void first_difference_column(FiveSamples green_v, Sample *out, int n);
 /// Fourth differences across them, magnitude, and the weight through the curve, 0..4095.
@@ -211,3 +213,5 @@ void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sample *green,
                     SharpenSettings settings, Sample *detail, Sample *luma, int n);
 void sharpen_gain(const Sample *detail, const Sample *luma, SharpenSettings settings, Sample *gain, int n);
 void add_detail(const Sample *detail, SharpenSettings settings, Sample *color, int n);
+
+} // namespace cfa

@@ -1,4 +1,6 @@
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 namespace {
 
@@ -35,7 +37,7 @@ constexpr Sample at_green(const Terms &t) {
 
 CFA_KERNEL void activity_at_red_blue(Sight<2> raw, Sample *lh, Sample *lv, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         lh[i] = at_red_blue(along_row(P));
         lv[i] = at_red_blue(along_column(P));
@@ -44,9 +46,11 @@ CFA_KERNEL void activity_at_red_blue(Sight<2> raw, Sample *lh, Sample *lv, int n
 
 CFA_KERNEL void activity_at_green(Sight<2> raw, Sample *lh, Sample *lv, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         lh[i] = at_green(along_row(P));
         lv[i] = at_green(along_column(P));
     }
 }
+
+} // namespace cfa

@@ -1,4 +1,6 @@
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 namespace {
 
@@ -13,7 +15,7 @@ constexpr Sample fewest(Sample a, Sample b, Sample c, Sample d) {
 
 CFA_KERNEL void largest_of_columns(FiveSamples raw, Sample *of_three, Sample *of_five, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample three = largest(raw.at[2][i], largest(raw.at[1][i], raw.at[3][i]));
         of_three[i] = three;
         of_five[i] = largest(three, largest(raw.at[0][i], raw.at[4][i]));
@@ -22,7 +24,7 @@ CFA_KERNEL void largest_of_columns(FiveSamples raw, Sample *of_three, Sample *of
 
 CFA_KERNEL void largest_of_window(FiveSamples of_three, FiveSamples of_five, Sample *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample inner = largest(of_five.at[2][i], largest(of_five.at[1][i], of_five.at[3][i]));
         out[i] = largest(inner, largest(of_three.at[0][i], of_three.at[4][i]));
     }
@@ -32,7 +34,7 @@ CFA_KERNEL void largest_of_window(FiveSamples of_three, FiveSamples of_five, Sam
 // six.
 CFA_KERNEL void extremes_at_red_blue(Sight<2> raw, Extremes own, Extremes green, Extremes diagonal, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         own.max[i] = largest(most(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
         own.min[i] = least(fewest(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
@@ -52,7 +54,7 @@ CFA_KERNEL void extremes_at_red_blue(Sight<2> raw, Extremes own, Extremes green,
 CFA_KERNEL void extremes_at_green(Sight<2> raw, Extremes along_row, Extremes green, Extremes along_column,
                                   int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         const Sample plus_max = largest(most(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
         const Sample plus_min = least(fewest(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
@@ -65,3 +67,5 @@ CFA_KERNEL void extremes_at_green(Sight<2> raw, Extremes along_row, Extremes gre
         along_column.min[i] = least(fewest(P(-1, -2), P(1, -2), P(-1, 2), P(1, 2)), least(P(-1, 0), P(1, 0)));
     }
 }
+
+} // namespace cfa

@@ -1,6 +1,8 @@
-#include "cmodel/cfa/src/lines/curve.h"
-#include "cmodel/cfa/src/lines/kernels.h"
-#include "cmodel/cfa/src/lines/reciprocal.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/reciprocal.h"
+#include "cmodel/cfa/src/lines/kernels/row_curve.h"
+
+namespace cfa {
 
 namespace {
 
@@ -24,7 +26,7 @@ inline Sample hue(Sample r, Sample g, Sample b) {
 CFA_KERNEL void color_distance_weight(const Sample *red, const Sample *green, const Sample *blue,
                                       ColorDistanceSettings s, Sample *weight, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample saturation = norm2_u12(distance(red[i], green[i]), distance(blue[i], green[i]));
         const int32_t saturation_weight = truncated_curve(saturation, s.saturation);
 
@@ -89,14 +91,14 @@ constexpr int32_t five_taps(const DirectionalKernels &k, const FiveSamples &sum,
 
 CFA_KERNEL void sum_of_five(FiveSamples green, Sample *sum, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++)
+    for (Index i = 0; i < n; ++i)
         sum[i] = green.at[0][i] + green.at[1][i] + green.at[2][i] + green.at[3][i] + green.at[4][i];
 }
 
 CFA_KERNEL void directional_spread(Sight<2> green_h, Sight<2> green_v, FiveSamples columns, FiveSamples rows,
                                    DirectionalKernels kernels, Sample *spread, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto H = green_h.at(i);
         const auto V = green_v.at(i);
         const int32_t s0 = five_taps(kernels, columns, i);
@@ -117,10 +119,12 @@ CFA_KERNEL void directional_spread(Sight<2> green_h, Sight<2> green_v, FiveSampl
 CFA_KERNEL void edge_spread_weight(const Sample *spread, const Sample *green, EdgeWeightSettings s,
                                    Sample *weight, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const int32_t raised = limited12((s.luma_target * reciprocal(green[i]) + 16) >> 5);
         const int32_t gain = largest32(1024, raised); // Q10
         const int32_t gained = limited12((spread[i] * gain + 512) >> 10);
         weight[i] = static_cast<Sample>(truncated_curve(gained, s.edge));
     }
 }
+
+} // namespace cfa

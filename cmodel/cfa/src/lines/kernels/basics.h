@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace cfa {
+
 /// A 16-bit sample. Pictures are u12; signed intermediates state their range.
 using Sample = int16_t;
 
@@ -108,3 +110,5 @@ template <int R> struct Sight {
 struct FiveSamples {
     const Sample *at[5];
 };
+
+} // namespace cfa

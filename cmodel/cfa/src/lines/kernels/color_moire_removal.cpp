@@ -1,15 +1,17 @@
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 CFA_KERNEL void largest_of_three(const Sample *above, const Sample *row, const Sample *below, Sample *out,
                                  int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++)
+    for (Index i = 0; i < n; ++i)
         out[i] = largest(row[i], largest(above[i], below[i]));
 }
 
 CFA_KERNEL void largest_of_seven(Sight<0> row, Sample *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = row.at(i);
         const Sample left = largest(largest(P(0, -3), P(0, -2)), P(0, -1));
         const Sample right = largest(largest(P(0, 1), P(0, 2)), P(0, 3));
@@ -21,7 +23,7 @@ CFA_KERNEL void largest_of_seven(Sight<0> row, Sample *out, int n) {
 CFA_KERNEL void mix_edges(const Sample *widened, const Sample *edge, const Sample *phase, Sample *mix,
                           int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const int32_t sum = widened[i] * phase[i] + (4095 - phase[i]) * edge[i];
         mix[i] = static_cast<Sample>(sum >> 12);
     }
@@ -29,7 +31,7 @@ CFA_KERNEL void mix_edges(const Sample *widened, const Sample *edge, const Sampl
 
 CFA_KERNEL void removal_weight(Sight<0> mix, Sight<1> color_distance, Sample *weight, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto M = mix.at(i);
         const auto P = color_distance.at(i);
         const Sample mixed = M(0, -1) + 2 * M(0, 0) + M(0, 1) + 2;
@@ -46,7 +48,7 @@ CFA_KERNEL void removal_weight(Sight<0> mix, Sight<1> color_distance, Sample *we
 CFA_KERNEL void remove_color_moire(const Sample *green, const Sample *weight, Sample strength, Sample *color,
                                    int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample away = green[i] - color[i];                   // +-4095
         const Sample full = upper_half(away << 3, weight[i] << 1); // (away * weight) >> 12, toward green
         // (full * strength + 128) >> 8: the half is the top bit of the lower half of the product.
@@ -55,3 +57,5 @@ CFA_KERNEL void remove_color_moire(const Sample *green, const Sample *weight, Sa
         color[i] = limited12(static_cast<Sample>(color[i] + part + (lower >> 15)));
     }
 }
+
+} // namespace cfa

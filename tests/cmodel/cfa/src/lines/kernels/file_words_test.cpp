@@ -1,10 +1,12 @@
-#include "cmodel/cfa/src/lines/picture_words.h"
+#include "cmodel/cfa/src/lines/kernels/file_words.h"
 
 #include <vector>
 
 #include <doctest/doctest.h>
 
 #include "tests/support/planes.h"
+
+using namespace cfa;
 
 namespace {
 

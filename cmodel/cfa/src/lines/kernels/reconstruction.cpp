@@ -1,9 +1,11 @@
-#include "cmodel/cfa/src/lines/kernels.h"
-#include "cmodel/cfa/src/lines/reciprocal.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/reciprocal.h"
+
+namespace cfa {
 
 CFA_KERNEL void blend_weights(const int32_t *sig_h, const int32_t *sig_v, BlendWeights out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const int32_t sig_max = largest32(sig_h[i], sig_v[i]);
         const int32_t m = sig_max >> 10;
         const bool coarse = sig_max >= 16384; // in steps of 128 instead of 32
@@ -34,14 +36,14 @@ inline Sample chosen(Sample h, Sample v, Sample direction, Sample weight_h, Samp
 CFA_KERNEL void choose(const Sample *h, const Sample *v, const Sample *direction, BlendWeights w, Sample *out,
                        int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++)
+    for (Index i = 0; i < n; ++i)
         out[i] = chosen(h[i], v[i], direction[i], w.h[i], w.v[i], w.inverse[i]);
 }
 
 CFA_KERNEL void choose_within(const Sample *h, const Sample *v, const Sample *direction, BlendWeights w,
                               const Sample *low, const Sample *high, Sample *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample c = chosen(h[i], v[i], direction[i], w.h[i], w.v[i], w.inverse[i]);
         out[i] = least(high[i], largest(low[i], c));
     }
@@ -49,7 +51,7 @@ CFA_KERNEL void choose_within(const Sample *h, const Sample *v, const Sample *di
 
 CFA_KERNEL void neighbourhood_range(Sight<1> raw, Sample *low, Sample *high, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         const Sample above_max = largest(largest(P(-1, -1), P(-1, 0)), P(-1, 1));
         const Sample above_min = least(least(P(-1, -1), P(-1, 0)), P(-1, 1));
@@ -61,3 +63,5 @@ CFA_KERNEL void neighbourhood_range(Sight<1> raw, Sample *low, Sample *high, int
         low[i] = least(row_min, least(above_min, below_min));
     }
 }
+
+} // namespace cfa

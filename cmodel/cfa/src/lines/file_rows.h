@@ -1,10 +1,16 @@
-// A run over picture files in rows: what the line engine reads and writes when no frame is made.
+// The line engine on picture files: rows from one file, rows to three, and no frame between.
 #pragma once
 
-#include "cmodel/cfa/src/picture_run.h"
 #include "cmodel/common/frame.h"
 #include "cmodel/common/large_buffer.h"
 #include "cmodel/common/ppm_stream.h"
+
+namespace cfa {
+
+/// The output files, written one after another.
+struct OutputPaths {
+    const char *rgb, *dc, *gain;
+};
 
 /// A picture of one channel as the words of its file: bytes up to depth 8, 16 bits up to depth 16.
 class WordStore {
@@ -34,5 +40,7 @@ class WordStore {
 };
 
 /// Runs the line engine on the store and writes the three outputs; the store then holds the DC image.
-/// REQUIRES the conditions of cfa_lines, and the input to be closed.
-void run_rows(WordStore &store, const PictureFiles &files);
+/// REQUIRES what conditions.h states, and the input to be closed.
+void run_file_rows(WordStore &store, const OutputPaths &out);
+
+} // namespace cfa

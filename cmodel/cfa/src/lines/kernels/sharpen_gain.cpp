@@ -1,5 +1,7 @@
-#include "cmodel/cfa/src/lines/kernels.h"
-#include "cmodel/cfa/src/lines/reciprocal.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/reciprocal.h"
+
+namespace cfa {
 
 namespace {
 
@@ -19,7 +21,7 @@ constexpr int32_t magnitude(int32_t v) {
 CFA_KERNEL void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sample *green,
                                const Sample *blue, SharpenSettings s, Sample *detail, Sample *luma, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = bayer_luma.at(i);
         const Sample rgb_sum = red[i] + 2 * green[i] + blue[i];
         const Sample rgb_luma = rgb_sum >> 2;
@@ -52,7 +54,7 @@ CFA_KERNEL void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sam
 CFA_KERNEL void sharpen_gain(const Sample *detail, const Sample *luma, SharpenSettings s, Sample *gain,
                              int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const int32_t y = largest32(luma[i], s.min_y);
         const int32_t g = limited12(((detail[i] * reciprocal(y)) >> 5) + 1024); // Q10
         gain[i] = static_cast<Sample>(least32(largest32(g, s.min_gain), s.max_gain));
@@ -61,9 +63,11 @@ CFA_KERNEL void sharpen_gain(const Sample *detail, const Sample *luma, SharpenSe
 
 CFA_KERNEL void add_detail(const Sample *detail, SharpenSettings s, Sample *color, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const int32_t size = (magnitude(detail[i]) * s.gain + 16) >> 5; // at least 0: shifts as it divides
         const int32_t change = detail[i] < 0 ? -size : size;
         color[i] = static_cast<Sample>(limited12(color[i] + change));
     }
 }
+
+} // namespace cfa

@@ -3,7 +3,9 @@
 
 #include <cstdint>
 
-#include "cmodel/cfa/src/lines/kernel.h"
+#include "cmodel/cfa/src/lines/kernels/basics.h"
+
+namespace cfa {
 
 /// get_inv(x) for 1 <= x < 2048: the entries of the two breakpoints around x, by division, and the line
 /// between them. Quotients of 32768 are at least 1/2048 away from the next whole number wherever they are
@@ -28,3 +30,5 @@ inline int32_t reciprocal(int32_t x) {
     const int32_t highest = select32(positive >= 2048, 15, 32768); // 2048 itself is 15, not 16
     return largest32(least32(y, highest), 9);
 }
+
+} // namespace cfa

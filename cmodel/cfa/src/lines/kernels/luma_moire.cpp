@@ -1,16 +1,18 @@
-#include "cmodel/cfa/src/lines/curve.h"
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/row_curve.h"
+
+namespace cfa {
 
 CFA_KERNEL void sum_of_steps(FiveSamples green, Sample *sum, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++)
+    for (Index i = 0; i < n; ++i)
         sum[i] = distance(green.at[0][i], green.at[1][i]) + distance(green.at[1][i], green.at[2][i]) +
                  distance(green.at[2][i], green.at[3][i]) + distance(green.at[3][i], green.at[4][i]);
 }
 
 CFA_KERNEL void gradient_sum(FiveSamples columns, FiveSamples rows, int32_t *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const int32_t vertical = columns.at[0][i] + columns.at[1][i] + columns.at[2][i] + columns.at[3][i] +
                                  int32_t{columns.at[4][i]};
         const int32_t horizontal =
@@ -22,7 +24,7 @@ CFA_KERNEL void gradient_sum(FiveSamples columns, FiveSamples rows, int32_t *out
 CFA_KERNEL void luma_moire_weight(ThreeRanges ranges, const int32_t *gradient, LumaMoireSettings s,
                                   Sample *weight, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const int32_t red = ranges.max[0][i] - ranges.min[0][i];
         const int32_t green = ranges.max[1][i] - ranges.min[1][i];
         const int32_t blue = ranges.max[2][i] - ranges.min[2][i];
@@ -43,7 +45,7 @@ CFA_KERNEL void luma_moire_weight(ThreeRanges ranges, const int32_t *gradient, L
 CFA_KERNEL void average_luma(const Sample *red, const Sample *green, const Sample *blue, Sample *luma,
                              int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample sum = red[i] + 2 * green[i] + blue[i] + 2;
         luma[i] = sum >> 2;
     }
@@ -52,7 +54,7 @@ CFA_KERNEL void average_luma(const Sample *red, const Sample *green, const Sampl
 CFA_KERNEL void remove_luma_moire(Sight<0> color, const Sample *average, const Sample *luma,
                                   const Sample *weight, LumaMoireSettings s, Sample *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto C = color.at(i);
         const Sample c = C(0, 0);
         const Sample sum = C(0, 1) + 2 * c + C(0, -1) + 2;
@@ -63,3 +65,5 @@ CFA_KERNEL void remove_luma_moire(Sight<0> color, const Sample *average, const S
         out[i] = static_cast<Sample>(limited12(((256 - w) * c + w * t + 128) >> 8));
     }
 }
+
+} // namespace cfa

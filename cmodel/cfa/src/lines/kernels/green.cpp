@@ -1,5 +1,7 @@
-#include "cmodel/cfa/src/lines/kernels.h"
-#include "cmodel/cfa/src/lines/reciprocal.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/reciprocal.h"
+
+namespace cfa {
 
 namespace {
 
@@ -34,7 +36,7 @@ inline Sample ratio_index(Sample green, Sample own) {
 CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, SharpeningTable table,
                               Sample *candidate_h, Sample *candidate_v, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
         const Sample h_pair = P(0, -1) + P(0, 1);
         const Sample v_pair = P(-1, 0) + P(1, 0);
@@ -70,3 +72,5 @@ CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, 
         candidate_v[i] = least(max, largest(min, v));
     }
 }
+
+} // namespace cfa

@@ -1,5 +1,7 @@
-#include "cmodel/cfa/src/lines/curve.h"
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/row_curve.h"
+
+namespace cfa {
 
 namespace {
 
@@ -16,7 +18,7 @@ constexpr Sample fourth_difference(Sample a, Sample b, Sample c, Sample d, Sampl
 
 CFA_KERNEL void first_difference_row(Sight<0> green_h, Sample *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto G = green_h.at(i);
         out[i] = G(0, -2) + G(0, -1) - G(0, 1) - G(0, 2);
     }
@@ -24,14 +26,14 @@ CFA_KERNEL void first_difference_row(Sight<0> green_h, Sample *out, int n) {
 
 CFA_KERNEL void first_difference_column(FiveSamples green_v, Sample *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++)
+    for (Index i = 0; i < n; ++i)
         out[i] = green_v.at[0][i] + green_v.at[1][i] - green_v.at[3][i] - green_v.at[4][i];
 }
 
 CFA_KERNEL void phase_difference_weight(Sight<0> first_v, FiveSamples first_h, Curve curve, Sample *weight,
                                         int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const auto V = first_v.at(i);
         const Sample a = fourth_difference(V(0, -2), V(0, -1), V(0, 0), V(0, 1), V(0, 2));
         const Sample b = fourth_difference(first_h.at[0][i], first_h.at[1][i], first_h.at[2][i],
@@ -39,3 +41,5 @@ CFA_KERNEL void phase_difference_weight(Sight<0> first_v, FiveSamples first_h, C
         weight[i] = static_cast<Sample>(truncated_curve(norm2_u12(a, b), curve));
     }
 }
+
+} // namespace cfa

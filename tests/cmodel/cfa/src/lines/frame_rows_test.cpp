@@ -1,4 +1,4 @@
-#include "cmodel/cfa/src/lines/cfa_lines.h"
+#include "cmodel/cfa/src/lines/frame_rows.h"
 
 #include <string>
 #include <string_view>
@@ -6,12 +6,15 @@
 #include <doctest/doctest.h>
 
 #include "cmodel/cfa/src/cfa_hw.h"
+#include "cmodel/cfa/src/cfa_model.h"
 #include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "tests/support/equality.h"
 #include "tests/support/registers.h"
 #include "tests/support/support.h"
+
+using namespace cfa;
 
 namespace {
 

@@ -1,4 +1,6 @@
-#include "cmodel/cfa/src/lines/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/kernels.h"
+
+namespace cfa {
 
 namespace {
 
@@ -13,7 +15,7 @@ constexpr int32_t limited_sig(int32_t v) {
 CFA_KERNEL void variance_at_green(FiveSamples red, FiveSamples blue, FiveSamples red_d, FiveSamples blue_d,
                                   int32_t *sig, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample red_sum =
             red_d.at[0][i] + red_d.at[1][i] + red_d.at[2][i] + red_d.at[3][i] + red_d.at[4][i];
         const Sample blue_sum =
@@ -39,14 +41,14 @@ CFA_KERNEL void variance_at_green(FiveSamples red, FiveSamples blue, FiveSamples
 
 CFA_KERNEL void distances(const Sample *a, const Sample *b, Sample *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++)
+    for (Index i = 0; i < n; ++i)
         out[i] = distance(a[i], b[i]);
 }
 
 CFA_KERNEL void distances_from_mean(const Sample *row, const Sample *before, const Sample *behind,
                                     Sample *out, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample sum = before[i] + behind[i];
         out[i] = distance(row[i], sum >> 1);
     }
@@ -55,7 +57,7 @@ CFA_KERNEL void distances_from_mean(const Sample *row, const Sample *before, con
 CFA_KERNEL void outer_spread(const Sample *before, const Sample *centre, const Sample *behind, Sample *out,
                              int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample sum = before[i] + centre[i] + behind[i];
         const auto spread = [sum](Sample d) { return distance(sum, static_cast<Sample>(d * 3)); };
         out[i] = spread(before[i]) + spread(centre[i]) + spread(behind[i]);
@@ -65,7 +67,7 @@ CFA_KERNEL void outer_spread(const Sample *before, const Sample *centre, const S
 CFA_KERNEL void variance_at_red_blue(FiveSamples centre, const Sample *outer_before,
                                      const Sample *outer_behind, int32_t *sig, int n) {
     CFA_LOOP
-    for (Index i = 0; i < n; i++) {
+    for (Index i = 0; i < n; ++i) {
         const Sample sum =
             centre.at[0][i] + centre.at[1][i] + centre.at[2][i] + centre.at[3][i] + centre.at[4][i];
         const auto spread = [&](int k) { return distance(sum, static_cast<Sample>(centre.at[k][i] * 5)); };
@@ -76,3 +78,5 @@ CFA_KERNEL void variance_at_red_blue(FiveSamples centre, const Sample *outer_bef
         sig[i] = limited_sig(ones + 4 * int32_t{fours} + 8 * int32_t{spread(2)} + outer);
     }
 }
+
+} // namespace cfa
