@@ -15,7 +15,7 @@ class BenchRows {
     /// u12 rows with margins: the k-th, five of them from the k-th on, a neighbourhood k rows further down.
     const cfa::Sample *in(int k) const { return samples_.half(y_ + k / 2, k % 2); }
     cfa::FiveSamples five(int k) const { return {{in(k), in(k + 1), in(k + 2), in(k + 3), in(k + 4)}}; }
-    template <int R> cfa::Sight<R> sight(int k = 0) const { return ::sight<R>(samples_, y_ + k, 0); }
+    template <int R> cfa::Sight<R> sight(int k = 0) const { return cfa::sight<R>(samples_, y_ + k, 0); }
 
     const int32_t *variance(int k) const { return variance_.half(0, k); }   // 0..131071; k is 0 or 1
     const cfa::Sample *direction() const { return by_left_[0].half(0, 0); } // +1, 0, -1
