@@ -14,8 +14,8 @@ constexpr double bench_pixels = double{bench_width} * bench_height;
 /// A random u12 mosaic of that size, the same in every run.
 const std::vector<cfa::Sample> &bench_mosaic();
 
-/// Sets all registers to their reset values; `all_features` adds luma moire, sharpening and the third
-/// protected hue.
+/// Sets all registers to their reset values; `all_features` adds luma moire,
+/// sharpening and the third protected hue.
 void set_bench_registers(bool all_features);
 
 /// Gives the benchmark its counter "per_pixel": seconds of processor time; the console shows nanoseconds.

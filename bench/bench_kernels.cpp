@@ -1,6 +1,6 @@
-// Single kernels of the line engine on rows in cache. What is reported is a kernel's share of a pixel of the
-// picture: the time of all its calls for one row, over the width. The engine adds what the rows' way through
-// the cache costs.
+// Single kernels of the line engine on rows in cache. What is reported is a kernel's share of a pixel
+// of the picture: the time of all its calls for one row, over the width. The engine adds what the
+// rows' way through the cache costs.
 #include <string>
 
 #include "bench/bench_data.h"

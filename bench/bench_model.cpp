@@ -46,8 +46,8 @@ struct Stage {
     void (*run)(const Planes &p);
 };
 
-// In pipeline order, pattern id 0. The direction stage wants its plane zeroed; that is a hundredth of its
-// time.
+// In pipeline order, pattern id 0. The direction stage wants its plane zeroed;
+// that is a hundredth of its time.
 const Stage stages[] = {
     {"cfa_CalAvg", [](const Planes &p) { cfa_CalAvg(p.raw, p.AvgRGB, 0); }},
     {"cfa_CalPredictPixel",

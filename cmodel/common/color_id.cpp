@@ -7,8 +7,8 @@ using namespace cfa;
 
 namespace {
 
-// One pattern per id: a 2 x 2 grid in the first four entries for ids 0 to 3, else a 4 x 4 grid, rows top to
-// bottom.
+// One pattern per id: a 2 x 2 grid in the first four entries for ids 0 to 3, else a
+// 4 x 4 grid, rows top to bottom.
 // clang-format off
 constexpr uint8_t patterns[20][16] = {
     {0, 1,  2, 3},                                                     //  0: B Gb / Gr R

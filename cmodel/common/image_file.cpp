@@ -132,8 +132,8 @@ void cfa::image_write(std::FILE *stream, const char *path, const void *data, siz
 }
 
 void cfa::image_close_written(std::FILE *stream, const char *path) {
-    // Closing a duplicate makes a network file system report what it could not write while the file can still
-    // be cut.
+    // Closing a duplicate makes a network file system report what it could not write
+    // while the file can still be cut.
     const int fd = fileno(stream);
     const int twin = dup(fd);
     if (twin >= 0 && close(twin) != 0 && errno != EINTR)

@@ -39,8 +39,8 @@ struct Field {
 //   ; or # first       empty line
 //   [ first            [, 49 characters of the name, and ] if one comes before a comment
 //   otherwise          name of 80 characters, separator, value of 42 characters, without comment
-// Leading white space becomes one blank (that there is some makes a continuation line), a byte-order mark
-// stays.
+// Leading white space becomes one blank (that there is some makes a continuation
+// line), a byte-order mark stays.
 class ShortLine {
   public:
     explicit ShortLine(bool first_line) : bom_left_(first_line ? BOM : "") {}

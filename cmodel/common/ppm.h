@@ -7,8 +7,8 @@
 /// Header errors end the process with one line and status 1; missing samples become the end-of-file value.
 FRAME *CM_ReadPPM5(const char *path, uint32_t type);
 
-/// Writes a P6 picture: the three channels, or channel 0 three times. Returns 0; a write error ends the
-/// process.
+/// Writes a P6 picture: the three channels, or channel 0 three times. Returns 0;
+/// a write error ends the process.
 int CM_WritePPM(const char *path, const FRAME *frame);
 
 /// Writes a P5 picture of channel 0. Returns 0; a write error ends the process.

@@ -29,9 +29,9 @@ std::string ppm_header_text(char kind, uint32_t width, uint32_t height, uint32_t
 /// Reads a P5 picture. An object holds the lock on its file from construction to close().
 class PpmReader {
   public:
-    /// Opens the file, waiting for it if need be, and reads its header. Ends the process with one line and
-    /// status 1 when the header is not that of a P5 picture with three numbers that fit an int, the last at
-    /// least 1.
+    /// Opens the file, waiting for it if need be, and reads its header. Ends the process with
+    /// one line and status 1 when the header is not that of a P5 picture with three numbers that
+    /// fit an int, the last at least 1.
     explicit PpmReader(const char *path);
     PpmReader(const PpmReader &) = delete;
     PpmReader &operator=(const PpmReader &) = delete;
@@ -45,8 +45,8 @@ class PpmReader {
     /// `read` in two steps, for who keeps the file's bytes: reads the next `size` bytes of the samples and
     /// returns how many there were, ...
     size_t read_bytes(uint8_t *bytes, size_t size);
-    /// ... and converts `count` samples of which the first `present` bytes were there. REQUIRES a depth above
-    /// 0.
+    /// ... and converts `count` samples of which the first `present` bytes were
+    /// there. REQUIRES a depth above 0.
     void convert(const uint8_t *bytes, size_t present, uint32_t *samples, size_t count);
 
     /// Closes; says on standard error how many samples were missing, if any.

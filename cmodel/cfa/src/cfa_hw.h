@@ -8,8 +8,8 @@
 ///   out_rgb  3 channels, u12
 ///   out_dc   1 channel, u12
 ///   out_sg   1 channel, u12, 1024 is a gain of 1.0
-/// The enabled block takes width >= 4 and height >= 3 and ends the process with one line and status 1
-/// otherwise.
+/// The enabled block takes width >= 4 and height >= 3 and ends the process with
+/// one line and status 1 otherwise.
 void cfa_hw(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
 
 /// The disabled block: the mosaic in all three channels, DC 0, sharpen gain 1024. Takes any size.

@@ -66,16 +66,16 @@ int integer(const char *text) {
     return static_cast<int>(std::strtol(text, nullptr, 10));
 }
 
-// A descriptor that the caller closed would be given to the next file opened, and that file receive our
-// messages.
+// A descriptor that the caller closed would be given to the next file opened, and
+// that file receive our messages.
 void open_standard_descriptors() {
     for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
         if (fcntl(fd, F_GETFD) == -1 && errno == EBADF && open("/dev/null", O_RDWR) != fd)
             std::exit(1);
 }
 
-// A size limit on files, a reader that goes away and memory that runs out end in a line and a status, not in
-// a signal.
+// A size limit on files, a reader that goes away and memory that runs out end in a
+// line and a status, not in a signal.
 void prepare_process() {
     open_standard_descriptors();
     std::set_new_handler(allocation_error);

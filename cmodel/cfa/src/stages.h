@@ -65,8 +65,8 @@ void cfa_CalVarOfColorDiffAtRB(const FRAME *raw, const FRAME *GH, const FRAME *G
 void cfa_CalDirectionInfo(const FRAME *raw, const FRAME *AvgRGB, const FRAME *LH, const FRAME *LV,
                           const FRAME *SigH, const FRAME *SigV, FRAME *DirInfo, uint32_t bayer_id);
 
-/// Nine neighbours vote on the direction of pixel (x, y); adds to *votes_h and *votes_v. Positions outside
-/// are mirrored.
+/// Nine neighbours vote on the direction of pixel (x, y); adds to *votes_h and *votes_v.
+/// Positions outside are mirrored.
 void cfa_Vote(int x, int y, int32_t centre_dir, int32_t *votes_h, int32_t *votes_v, const FRAME *SigH,
               const FRAME *SigV, const FRAME *LH, const FRAME *LV, const FRAME *DirInfo);
 
@@ -85,8 +85,8 @@ int32_t cfa_CalGPixel(const FRAME *raw, int x, int y, const FRAME *GH, const FRA
                       const FRAME *GV_hp, const FRAME *SigH, const FRAME *SigV, const FRAME *LMax,
                       const FRAME *RatioH, const FRAME *RatioV, const FRAME *DirInfo);
 
-/// The two green candidates, sharpened and limited to the local green range. raw and DirInfo are not used.
-/// Returns 0.
+/// The two green candidates, sharpened and limited to the local green range. raw and
+/// DirInfo are not used. Returns 0.
 int32_t cfa_CalGHPWeight(const FRAME *raw, int x, int y, const FRAME *GH, const FRAME *GV, const FRAME *GH_lp,
                          const FRAME *GH_hp, const FRAME *GV_lp, const FRAME *GV_hp, const FRAME *MaxRGB,
                          const FRAME *MinRGB, const FRAME *LMax, const FRAME *RatioH, const FRAME *RatioV,
@@ -105,8 +105,8 @@ void cfa_GetHVWtbySig(int32_t sig_h, int32_t sig_v, int32_t *w_h, int32_t *w_v, 
 void cfa_DeYMoire(const FRAME *rgb, const FRAME *avg, const FRAME *max_rgb, const FRAME *min_rgb,
                   const FRAME *gh, const FRAME *gv, FRAME *out);
 
-/// Luma-moire weight, at most 255 (a negative curve value stays negative), from the low-passed colour maxima
-/// and minima. Returns 0.
+/// Luma-moire weight, at most 255 (a negative curve value stays negative), from the low-passed
+/// colour maxima and minima. Returns 0.
 int32_t cfa_CalYMoireWgt(const FRAME *gh, const FRAME *gv, const FRAME *max_lpf, const FRAME *min_lpf,
                          FRAME *wgt);
 

@@ -12,10 +12,10 @@ extern bool dump_dbg_img;
 /// The debug folder, at most 1023 characters; set by the driver.
 extern char dbg_path[1024];
 
-/// Writes |sample| * gain, limited to 0..2^bit_depth - 1, of one channel (selector 0 to 2, P5) or of all
-/// three (selector 3 on a three-channel frame, P6). Returns 0, or 1 after the line "Error..." on standard
-/// output for any other selector. Kept: a selector beyond the frame's channels reads that many samples
-/// further on.
+/// Writes |sample| * gain, limited to 0..2^bit_depth - 1, of one channel (selector 0 to 2, P5) or
+/// of all three (selector 3 on a three-channel frame, P6). Returns 0, or 1 after the line
+/// "Error..." on standard output for any other selector. Kept: a selector beyond the frame's
+/// channels reads that many samples further on.
 int32_t dump_dbg_frame(const FRAME *frame, int32_t channel, uint32_t gain, uint32_t bit_depth,
                        const std::string &path);
 

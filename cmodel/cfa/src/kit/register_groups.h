@@ -1,5 +1,5 @@
-// Registers that belong together, as the stages and the line engine read them: curves, kernels, hues, the
-// table.
+// Registers that belong together, as the stages and the line engine read them:
+// curves, kernels, hues, the table.
 #pragma once
 
 #include <array>

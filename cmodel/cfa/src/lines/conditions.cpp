@@ -7,19 +7,19 @@
 namespace cfa {
 
 const char *cfa_lines_excludes(uint32_t width, uint32_t height) {
-    // Rows are split by column parity because only two colours meet in a row of a 2 x 2 pattern, one per
-    // parity.
+    // Rows are split by column parity because only two colours meet in a row of
+    // a 2 x 2 pattern, one per parity.
     if (pattern_id() > 3)
         return "a 4 x 4 pattern";
     // A debug image shows a whole plane; the engine has none.
     if (dump_dbg_img)
         return "debug images";
-    // A single reflection must stay inside the picture, as for the model: three columns and two rows reach
-    // over.
+    // A single reflection must stay inside the picture, as for the model: three
+    // columns and two rows reach over.
     if (width < 4 || height < 3)
         return "a picture below 4 x 3";
-    // Weights are kept in 16 bits. Between its levels a curve stays within 12 bits; a slope against them
-    // leads out.
+    // Weights are kept in 16 bits. Between its levels a curve stays within 12 bits;
+    // a slope against them leads out.
     if (cfa_reg.hw.reg_cfa_cmoire_enable == 1 && color_moire_curves().contradict())
         return "a colour-moire curve whose slope contradicts its levels";
     if (cfa_reg.hw.reg_cfa_ymoire_enable == 1 && luma_moire_curves().contradict())

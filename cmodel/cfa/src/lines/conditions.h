@@ -15,8 +15,8 @@ constexpr bool cfa_lines_take_samples(uint32_t all) {
     return all <= CFA_LINES_MAX_SAMPLE;
 }
 
-/// Null when the line engine serves the registers as they stand on a picture of this size; else what is
-/// against it.
+/// Null when the line engine serves the registers as they stand on a picture of
+/// this size; else what is against it.
 const char *cfa_lines_excludes(uint32_t width, uint32_t height);
 
 } // namespace cfa

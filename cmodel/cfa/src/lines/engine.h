@@ -1,6 +1,6 @@
-// The line engine: the enabled block row by row through line buffers, as the silicon does it. One row in, and
-// every stage advances by one row; at most eight rows of a plane are alive, and the picture leaves five rows
-// later.
+// The line engine: the enabled block row by row through line buffers, as the silicon does it. One
+// row in, and every stage advances by one row; at most eight rows of a plane are alive, and the
+// picture leaves five rows later.
 #pragma once
 
 #include <array>
@@ -52,8 +52,8 @@ class LineEngine {
     void sharpen(int y);
     void write_row(int y);
 
-    // Where the colours are: the column parity of the red or blue sites of row y, and which of the two they
-    // are.
+    // Where the colours are: the column parity of the red or blue sites of row
+    // y, and which of the two they are.
     int color_parity(int y) const { return settings_.first_color_parity ^ (y & 1); }
     int own_color(int y) const { return settings_.first_color ^ (y & 1); } // 0 red, 1 blue
     Lines lines(int rows) const { return Lines(width_, height_, rows); }

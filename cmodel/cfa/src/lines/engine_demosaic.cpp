@@ -96,8 +96,8 @@ void LineEngine::measure_variance(int y) {
                       along_column(distance_v_[0], y, g), along_column(distance_v_[1], y, g),
                       sig_v_.write(0, g), n_);
 
-    // At red/blue sites: distances of the own colour on the site's own row or column, and of green in
-    // between.
+    // At red/blue sites: distances of the own colour on the site's own row or
+    // column, and of green in between.
     const Lines &own_h = distance_h_[own_color(y)];
     const Lines &own_v = distance_v_[own_color(y)];
     const Sample *const beside = beside_.left(y, c);

@@ -1,5 +1,5 @@
-// The line engine's direction decision: two half-rows of functions of the left neighbour, then a scan along
-// the row.
+// The line engine's direction decision: two half-rows of functions of the left
+// neighbour, then a scan along the row.
 #include "cmodel/cfa/src/lines/engine.h"
 
 namespace cfa {

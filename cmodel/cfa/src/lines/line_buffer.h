@@ -19,14 +19,14 @@ namespace cfa {
 /// Elements before and behind a half-row: two are mirrored, the rest keep half-rows apart and aligned.
 constexpr int HALF_MARGIN = 32;
 
-/// Elements of a half-row rounded up to whole vectors. Kernels compute all of them; what lies beyond the row
-/// is never looked at.
+/// Elements of a half-row rounded up to whole vectors. Kernels compute all of them; what lies
+/// beyond the row is never looked at.
 constexpr int padded_half(int width) {
     return ((width + 1) / 2 + 31) / 32 * 32;
 }
 
-/// Memory that starts at a whole vector, so that reads and writes of a site itself never straddle two cache
-/// lines.
+/// Memory that starts at a whole vector, so that reads and writes of a site itself
+/// never straddle two cache lines.
 template <class T> struct VectorAligned {
     using value_type = T;
     static constexpr std::align_val_t alignment{64};
@@ -65,8 +65,8 @@ template <class T> class LineBuffer {
         return own;
     }
 
-    /// Lets a half-row be read from another plane's, which must stay alive as long, until it is written
-    /// again.
+    /// Lets a half-row be read from another plane's, which must stay alive as
+    /// long, until it is written again.
     void alias(int y, int parity, const T *other) {
         half_[slot(y, parity)] = other;
         row_of_[slot(y, parity)] = y;
@@ -87,8 +87,8 @@ template <class T> class LineBuffer {
         mirror(y, 1);
     }
 
-    /// The half-row of the other parity, placed so that element i is the left neighbour of element i of
-    /// `parity`.
+    /// The half-row of the other parity, placed so that element i is the left
+    /// neighbour of element i of `parity`.
     const T *left(int y, int parity) const { return parity == 0 ? half(y, 1) - 1 : half(y, 0); }
 
   private:

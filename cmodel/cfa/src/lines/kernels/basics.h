@@ -14,12 +14,12 @@ namespace cfa {
 /// A 16-bit sample. Pictures are u12; signed intermediates state their range.
 using Sample = int16_t;
 
-/// Position in a half-row, as wide as a pointer: with wrapping arithmetic a narrower index would not be seen
-/// to run on.
+/// Position in a half-row, as wide as a pointer: with wrapping arithmetic a narrower
+/// index would not be seen to run on.
 using Index = std::ptrdiff_t;
 
-// One binary holds each kernel for several instruction sets and picks at start. Only g++ on x86-64 does this
-// well.
+// One binary holds each kernel for several instruction sets and picks at start.
+// Only g++ on x86-64 does this well.
 #if defined(CFA_KERNELS_DISPATCH) && defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) &&      \
     defined(__ELF__)
 #define CFA_KERNEL __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")))

@@ -4,8 +4,8 @@ namespace cfa {
 
 namespace {
 
-// The terms of the activity, each at most 16380: own colour, diagonals, the nearest two, and the two outer
-// lines.
+// The terms of the activity, each at most 16380: own colour, diagonals, the
+// nearest two, and the two outer lines.
 struct Terms {
     Sample own, diagonal, near, outer;
 };

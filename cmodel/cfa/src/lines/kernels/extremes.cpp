@@ -30,8 +30,8 @@ CFA_KERNEL void largest_of_window(FiveSamples of_three, FiveSamples of_five, Sam
     }
 }
 
-// The sample groups are those of the prediction stage: plus, diagonal, cross and knight; rows and columns of
-// six.
+// The sample groups are those of the prediction stage: plus, diagonal, cross and
+// knight; rows and columns of six.
 CFA_KERNEL void extremes_at_red_blue(Sight<2> raw, Extremes own, Extremes green, Extremes diagonal, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {

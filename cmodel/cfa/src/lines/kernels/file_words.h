@@ -1,5 +1,5 @@
-// Rows of half-rows to and from the words of picture files: bytes up to depth 8, beyond that two bytes, the
-// high one first.
+// Rows of half-rows to and from the words of picture files: bytes up to depth 8, beyond
+// that two bytes, the high one first.
 #pragma once
 
 #include <bit>
@@ -10,8 +10,8 @@
 
 namespace cfa {
 
-/// A file word of 8 bits, or of 16 as it lies in the file, and the sample it stands for: the same conversion
-/// both ways.
+/// A file word of 8 bits, or of 16 as it lies in the file, and the sample it stands
+/// for: the same conversion both ways.
 constexpr uint8_t file_order(uint8_t v) {
     return v;
 }

@@ -49,8 +49,8 @@ CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, 
         const Sample h_own = static_cast<Sample>(2 * P(0, 0) + h_ends) >> 2;
         const Sample v_own = static_cast<Sample>(2 * P(0, 0) + v_ends) >> 2;
 
-        // (weight * hp) >> 5 as the upper half of (weight << 7) * (hp << 4); unsharpened the correction is hp
-        // itself.
+        // (weight * hp) >> 5 as the upper half of (weight << 7) * (hp << 4);
+        // unsharpened the correction is hp itself.
         const Sample h_weight = sharpening_weight(table, ratio_index(h_pair >> 1, h_own));
         const Sample v_weight = sharpening_weight(table, ratio_index(v_pair >> 1, v_own));
         const Sample sharpens = -(largest(lh[i], lv[i]) < table.activity_limit);

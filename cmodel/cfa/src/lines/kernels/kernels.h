@@ -94,8 +94,8 @@ void direction_at_red_blue(DirectionEvidence e, DirectionLimits limits, Directio
 void direction_at_green(DirectionEvidence e, DirectionLimits limits, DirectionByLeft out, int n);
 /// Luma of the average colour, u12, as the vote at green sites tests it.
 void weighted_luma(const Sample *red, const Sample *green, const Sample *blue, Sample *luma, int n);
-/// Votes of neighbours not decided yet: below, by activity where it is strong; right, by variance, twice if
-/// strong.
+/// Votes of neighbours not decided yet: below, by activity where it is strong;
+/// right, by variance, twice if strong.
 void votes_of_neighbours(const Sample *lh, const Sample *lv, Sample strong, Sample *below, int n);
 void vote_of_right(const int32_t *sig_h, const int32_t *sig_v, const Sample *lh, const Sample *lv,
                    Sample strong, Sample *right, int n);
@@ -105,8 +105,8 @@ void scan_pairs(const uint32_t *step, Sample *before, int pairs);
 void resolve_pairs(DirectionByLeft even, DirectionByLeft odd, const Sample *before, Sample *direction_even,
                    Sample *direction_odd, int n);
 
-/// The weights of the two candidates where no direction is preferred: each at least 1, and their sum's
-/// reciprocal.
+/// The weights of the two candidates where no direction is preferred: each at
+/// least 1, and their sum's reciprocal.
 struct BlendWeights {
     Sample *h, *v;
     int32_t *inverse; // Q15

@@ -31,8 +31,8 @@ CFA_KERNEL void luma_moire_weight(ThreeRanges ranges, const int32_t *gradient, L
         const int32_t detail = largest32(green, largest32(red, blue) & s.red_blue_mask);
         const int32_t w1 = rounded_curve(least32(detail >> 4, 255), s.detail);
 
-        // 256 * gradient / den, 24 bits over 17: the quotient is exact in a float as far as 256, where it is
-        // cut.
+        // 256 * gradient / den, 24 bits over 17: the quotient is exact in a float
+        // as far as 256, where it is cut.
         const int32_t den = largest32(20 * (green + s.noise), 1);
         const float quotient = static_cast<float>(gradient[i] << 8) / static_cast<float>(den);
         const float limited = quotient < 255.0f ? quotient : 255.0f;
