@@ -22,7 +22,7 @@ struct Logger {
 
 Logger logger; // zero: console on, level TRACE, no sinks
 
-constexpr std::array<const char *, 6> level_names = {"TRACE", "DEBUG", "INFO", "WARN", "ERROR", "FATAL"};
+constexpr std::array<const char *, 6> LEVEL_NAMES = {"TRACE", "DEBUG", "INFO", "WARN", "ERROR", "FATAL"};
 
 // Message, line feed, flush: the end of every record. Write errors are ignored.
 void write_message(std::FILE *stream, LogEvent &event) {
@@ -50,10 +50,10 @@ void file_sink(LogEvent &event) {
 // Hands the event to one sink. The time is taken by the first sink of a record and shared by all.
 void emit(LogEvent &event, LogSink sink, void *user_data) {
     if (event.time == nullptr) {
-        static const std::tm no_time = {};
+        static const std::tm NO_TIME = {};
         const std::time_t now = std::time(nullptr);
         const std::tm *const local = std::localtime(&now);
-        event.time = local != nullptr ? local : &no_time;
+        event.time = local != nullptr ? local : &NO_TIME;
     }
     event.user_data = user_data;
     sink(event);
@@ -62,7 +62,7 @@ void emit(LogEvent &event, LogSink sink, void *user_data) {
 } // namespace
 
 const char *log_level_string(int level) {
-    return level_names[static_cast<size_t>(level)];
+    return LEVEL_NAMES[static_cast<size_t>(level)];
 }
 
 void log_set_level(int level) {

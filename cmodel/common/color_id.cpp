@@ -10,7 +10,7 @@ namespace {
 // One pattern per id: a 2 x 2 grid in the first four entries for ids 0 to 3, else a
 // 4 x 4 grid, rows top to bottom.
 // clang-format off
-constexpr uint8_t patterns[20][16] = {
+constexpr uint8_t PATTERNS[20][16] = {
     {0, 1,  2, 3},                                                     //  0: B Gb / Gr R
     {1, 0,  3, 2},                                                     //  1: Gb B / R Gr
     {2, 3,  0, 1},                                                     //  2: Gr R / B Gb
@@ -31,8 +31,8 @@ constexpr uint8_t patterns[20][16] = {
 } // namespace
 
 uint32_t CM_GET_COLOR_ID(uint32_t row, uint32_t col, uint32_t bayer_id) {
-    assert(bayer_id < std::size(patterns));
+    assert(bayer_id < std::size(PATTERNS));
     if (bayer_id < 4)
-        return patterns[bayer_id][2 * (row & 1) + (col & 1)];
-    return patterns[bayer_id][4 * (row & 3) + (col & 3)];
+        return PATTERNS[bayer_id][2 * (row & 1) + (col & 1)];
+    return PATTERNS[bayer_id][4 * (row & 3) + (col & 3)];
 }

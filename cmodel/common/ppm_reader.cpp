@@ -114,10 +114,10 @@ bool PpmReader::read_int(int32_t &number) {
         c = std::getc(stream_);
     if (!std::isdigit(c))
         return false;
-    constexpr int64_t limit = int64_t{1} << 32; // beyond any int; the rest of the digits does not matter
+    constexpr int64_t LIMIT = int64_t{1} << 32; // beyond any int; the rest of the digits does not matter
     int64_t sum = 0;
     for (; std::isdigit(c); c = std::getc(stream_))
-        sum = std::min(limit, sum * 10 + (c - '0'));
+        sum = std::min(LIMIT, sum * 10 + (c - '0'));
     std::ungetc(c, stream_);
     sum = negative ? -sum : sum;
     if (sum < std::numeric_limits<int32_t>::min() || sum > std::numeric_limits<int32_t>::max())

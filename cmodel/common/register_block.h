@@ -49,8 +49,8 @@ struct RegisterRecord {
 /// A value assigned to it is cut to its width.
 template <int Bits, typename Int> struct Register : RegisterRecord {
     static_assert(Bits >= 1 && Bits <= 31);
-    static constexpr int bits = Bits;
-    static constexpr bool is_signed = std::is_signed_v<Int>;
+    static constexpr int BITS = Bits;
+    static constexpr bool IS_SIGNED = std::is_signed_v<Int>;
 
     Int value : Bits = 0;
 
@@ -160,8 +160,8 @@ register_info(const char *key, int32_t reset, const RegisterCurve &curve, const 
     using Part = typename register_detail::Member<decltype(Pointer)>::part_type;
     using Reg = typename register_detail::Member<decltype(Pointer)>::register_type;
     return {key,
-            Reg::bits,
-            Reg::is_signed,
+            Reg::BITS,
+            Reg::IS_SIGNED,
             reset,
             curve,
             meaning,

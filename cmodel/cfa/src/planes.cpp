@@ -13,7 +13,7 @@ namespace {
 using enum Shown;
 
 // clang-format off
-constexpr PlaneInfo list[] = {
+constexpr PlaneInfo LIST[] = {
     {"AvgRGB", "cfa_CalAvg", "u12", "smooth local average of all three colours",
      {"dbg_img_AvgRGB.ppm", magnitude, 3, 12}},
     {"GH", "cfa_CalPredictPixel", "u12", "green of the candidate that interpolates along the row",
@@ -90,21 +90,21 @@ constexpr PlaneInfo list[] = {
 // clang-format on
 
 const PlaneInfo *find_plane(const char *name) {
-    return std::find_if(std::begin(list), std::end(list),
+    return std::find_if(std::begin(LIST), std::end(LIST),
                         [name](const PlaneInfo &plane) { return std::strcmp(plane.name, name) == 0; });
 }
 
 } // namespace
 
 std::span<const PlaneInfo> planes() {
-    return list;
+    return LIST;
 }
 
 void write_debug_image(const char *name, const FRAME *plane) {
     if (!dump_dbg_img)
         return;
     const PlaneInfo *const info = find_plane(name);
-    assert(info != std::end(list));
+    assert(info != std::end(LIST));
     const std::string path = debug_path_of(info->image.file);
     switch (info->image.shown) {
     case magnitude:

@@ -68,9 +68,9 @@ DirectionalCoefficients directional_coefficients() {
 }
 
 int32_t sharpening_entry(int index) {
-    static const RegisterInfo *const entries = cfa_reg_hw_table().find("reg_cfa_ghp_lut00"); // 32 in a row
+    static const RegisterInfo *const ENTRIES = cfa_reg_hw_table().find("reg_cfa_ghp_lut00"); // 32 in a row
     assert(0 <= index && index < 32);
-    return entries[index].read(cfa_reg.hw);
+    return ENTRIES[index].read(cfa_reg.hw);
 }
 
 } // namespace cfa

@@ -29,7 +29,7 @@ LineEngine::LineEngine(int width, int height, const EngineSettings &settings, Ro
 void LineEngine::run() {
     // Lag: how many rows a stage runs behind the input. Stages of one lag run in this order.
     // clang-format off
-    static constexpr Stage schedule[] = {
+    static constexpr Stage SCHEDULE[] = {
         // stage                      lag  only if                    reads (rows around its own)
         {&E::average,                  2, nullptr},                // raw +-2
         {&E::predict_greens,           2, nullptr},                // raw +-2
@@ -60,7 +60,7 @@ void LineEngine::run() {
             source_.read(t, raw_.write(t, 0), raw_.write(t, 1));
             raw_.mirror(t);
         }
-        for (const Stage &stage : schedule) {
+        for (const Stage &stage : SCHEDULE) {
             const int y = t - stage.lag;
             if (y >= 0 && y < height_ && (stage.only_if == nullptr || settings_.*stage.only_if))
                 (this->*stage.compute)(y);

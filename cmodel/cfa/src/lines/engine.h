@@ -52,10 +52,10 @@ class LineEngine {
     void sharpen(int y);
     void write_row(int y);
 
-    // Where the colours are: the column parity of the red or blue sites of row
-    // y, and which of the two they are.
+    // A row carries green and one of red and blue. color_parity: the column parity, 0 or 1, of its red or
+    // blue sites; own_color: which of the two, 0 red, 1 blue.
     int color_parity(int y) const { return settings_.first_color_parity ^ (y & 1); }
-    int own_color(int y) const { return settings_.first_color ^ (y & 1); } // 0 red, 1 blue
+    int own_color(int y) const { return settings_.first_color ^ (y & 1); }
     Lines lines(int rows) const { return Lines(width_, height_, rows); }
     static FiveSamples along_row(const Lines &plane, int y, int parity);
     static FiveSamples along_column(const Lines &plane, int y, int parity);
@@ -83,8 +83,10 @@ class LineEngine {
     Lines first_h_ = lines(5), row_sum_ = lines(5); // of green_h along the row
     std::array<Lines, 2> color_h_{lines(3), lines(3)}, color_v_{lines(5), lines(5)};
     std::array<Lines, 2> distance_h_{lines(3), lines(3)}, distance_v_{lines(5), lines(5)}; // from their green
-    Lines beside_ = lines(3),
-          across_ = lines(4); // distance of green from the colour beside it, above and below it
+    // At green sites: distance of green from the mean of its left and right, and of its upper and lower
+    // neighbours.
+    Lines beside_ = lines(3), across_ = lines(4);
+    // At red/blue sites: spread of three such distances along the row, down the column.
     Lines outer_h_ = lines(5), outer_v_ = lines(1);
     LineBuffer<int32_t> sig_h_{width_, height_, 1}, sig_v_{width_, height_, 1};
     Lines luma_ = lines(1), vote_below_ = lines(3), vote_right_ = lines(1), direction_ = lines(2);

@@ -29,12 +29,12 @@ constexpr int padded_half(int width) {
 /// never straddle two cache lines.
 template <class T> struct VectorAligned {
     using value_type = T;
-    static constexpr std::align_val_t alignment{64};
+    static constexpr std::align_val_t ALIGNMENT{64};
 
     VectorAligned() = default;
     template <class U> VectorAligned(const VectorAligned<U> &) {}
-    T *allocate(size_t count) { return static_cast<T *>(::operator new(count * sizeof(T), alignment)); }
-    void deallocate(T *p, size_t) { ::operator delete(p, alignment); }
+    T *allocate(size_t count) { return static_cast<T *>(::operator new(count * sizeof(T), ALIGNMENT)); }
+    void deallocate(T *p, size_t) { ::operator delete(p, ALIGNMENT); }
     bool operator==(const VectorAligned &) const = default;
 };
 

@@ -51,12 +51,12 @@ struct Kernels {
 
     Kernels() {
         const DirectionalCoefficients c = directional_coefficients();
-        static constexpr int index45[5][5] = {
+        static constexpr int INDEX_45[5][5] = {
             {2, 4, 6, 7, 8}, {4, 1, 3, 5, 7}, {6, 3, 0, 3, 6}, {7, 5, 3, 1, 4}, {8, 7, 6, 4, 2}};
         for (int i = 0; i < 5; ++i) {
             for (int j = 0; j < 5; ++j) {
                 k0[i][j] = c.straight[std::abs(j - 2)];
-                k45[i][j] = c.diagonal[index45[i][j]];
+                k45[i][j] = c.diagonal[INDEX_45[i][j]];
             }
         }
     }

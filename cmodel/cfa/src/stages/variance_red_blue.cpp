@@ -43,7 +43,7 @@ void fill_difference(const FRAME *candidate, const FRAME *estimate, FRAME *diff)
 
 // The weights of the 5 x 5 window. The horizontal measure takes rows of it, the vertical one columns of its
 // transpose: a centre line of weights 1 4 8 4 1 and, two lines off, three samples of weight 1.
-constexpr int32_t centre_weight[5] = {1, 4, 8, 4, 1};
+constexpr int32_t CENTRE_WEIGHT[5] = {1, 4, 8, 4, 1};
 
 // Five samples of the line, in its order, at distance `off` across it. D(along, across) reads a difference.
 template <class D> int32_t centre_line(const D &diff) {
@@ -52,7 +52,7 @@ template <class D> int32_t centre_line(const D &diff) {
         sum += diff(k, 0);
     int32_t spread = 0;
     for (int k = -2; k <= 2; ++k)
-        spread += centre_weight[k + 2] * magnitude(sum - diff(k, 0) * 5);
+        spread += CENTRE_WEIGHT[k + 2] * magnitude(sum - diff(k, 0) * 5);
     return spread;
 }
 

@@ -6,7 +6,7 @@ namespace cfa {
 
 namespace {
 
-constexpr Sample hue_circle = 2880;
+constexpr Sample HUE_CIRCLE = 2880;
 
 // Hue of a 12-bit colour in eighths of a degree. On a tie for the maximum green goes before blue before red.
 inline Sample hue(Sample r, Sample g, Sample b) {
@@ -35,7 +35,7 @@ CFA_KERNEL void color_distance_weight(const Sample *red, const Sample *green, co
         const auto protect = [&](int k) {
             const Sample straight = distance(h, s.protected_hue[k]);
             const Sample around =
-                least(straight, hue_circle - straight); // negative for a hue beyond the circle
+                least(straight, HUE_CIRCLE - straight); // negative for a hue beyond the circle
             nearest = least(nearest, around | s.out_of_reach[k]);
         };
         protect(0);

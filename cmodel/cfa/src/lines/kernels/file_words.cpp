@@ -7,7 +7,7 @@ namespace cfa {
 namespace {
 
 // Columns that are interleaved at a time; their three channels stay in the first-level cache.
-constexpr Index tile_columns = 512;
+constexpr Index TILE_COLUMNS = 512;
 
 // The bodies, for both words. Inlined always: each kernel below compiles them for its instruction sets.
 
@@ -35,9 +35,9 @@ template <class Word>
 
 template <class Word> [[gnu::always_inline]] inline void join(SplitRow red, SplitRow green, SplitRow blue,
                                                               Index width, Word *__restrict words) {
-    Word r[tile_columns], g[tile_columns], b[tile_columns];
-    for (Index first = 0; first < width; first += tile_columns) {
-        const Index columns = std::min(tile_columns, width - first);
+    Word r[TILE_COLUMNS], g[TILE_COLUMNS], b[TILE_COLUMNS];
+    for (Index first = 0; first < width; first += TILE_COLUMNS) {
+        const Index columns = std::min(TILE_COLUMNS, width - first);
         join(red, first, columns, r);
         join(green, first, columns, g);
         join(blue, first, columns, b);

@@ -86,20 +86,25 @@ struct DirectionLimits {
     int32_t sig_tol;      // variance tolerance of the vote, units of 1/32
     int32_t luma;         // least luma of a vote, green sites only; 32767: never
 };
-/// A direction as +1 (horizontal), 0 (blend), -1 (vertical), for each direction of the left neighbour.
+/// The direction of a pixel hangs on that of its left neighbour, which is not known while a half-row is
+/// computed. So each pixel gets three answers, one for each direction the left neighbour may turn out to
+/// have. Directions are +1 (horizontal), 0 (blend), -1 (vertical).
 struct DirectionByLeft {
     Sample *if_blend, *if_horizontal, *if_vertical;
 };
 void direction_at_red_blue(DirectionEvidence e, DirectionLimits limits, DirectionByLeft out, int n);
 void direction_at_green(DirectionEvidence e, DirectionLimits limits, DirectionByLeft out, int n);
-/// Luma of the average colour, u12, as the vote at green sites tests it.
+/// Luma of the average colour, u12: at green sites a pixel votes only from a least luma on.
 void weighted_luma(const Sample *red, const Sample *green, const Sample *blue, Sample *luma, int n);
 /// Votes of neighbours not decided yet: below, by activity where it is strong;
 /// right, by variance, twice if strong.
 void votes_of_neighbours(const Sample *lh, const Sample *lv, Sample strong, Sample *below, int n);
 void vote_of_right(const int32_t *sig_h, const int32_t *sig_v, const Sample *lh, const Sample *lv,
                    Sample strong, Sample *right, int n);
-/// Directions of a row from left to right; a pair is an even column and the odd one behind it.
+/// From the three answers of each pixel to its direction, in three passes over pairs: an even column and the
+/// odd one to its right. compose_pairs: the direction of the odd column for each direction left of the pair,
+/// packed (direction.cpp). scan_pairs, the only serial loop of the engine: the direction left of every pair,
+/// from left to right. resolve_pairs: with that known, the directions of both columns.
 void compose_pairs(DirectionByLeft even, DirectionByLeft odd, uint32_t *step, int n);
 void scan_pairs(const uint32_t *step, Sample *before, int pairs);
 void resolve_pairs(DirectionByLeft even, DirectionByLeft odd, const Sample *before, Sample *direction_even,
