@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "cmodel/common/allocation_error.h"
+#include "cmodel/common/error.h"
 
 using namespace cfa;
 
@@ -23,8 +23,8 @@ bool cfa::frame_size_ok(uint32_t width, uint32_t height, uint32_t channels) {
     return channels == 0 || pixels <= MAX_SAMPLES / channels;
 }
 
-FRAME *CM_NewFRAME(uint32_t type, uint32_t format, uint32_t width, uint32_t height, uint32_t channels,
-                   uint32_t bit_depth) {
+FRAME *cfa::new_frame(uint32_t type, uint32_t format, uint32_t width, uint32_t height, uint32_t channels,
+                      uint32_t bit_depth) {
     if (!frame_size_ok(width, height, channels))
         allocation_error();
     auto *const frame = static_cast<FRAME *>(std::malloc(sizeof(FRAME)));
@@ -38,6 +38,11 @@ FRAME *CM_NewFRAME(uint32_t type, uint32_t format, uint32_t width, uint32_t heig
     }
     *frame = {type, format, width, height, channels, bit_depth, data};
     return frame;
+}
+
+FRAME *CM_NewFRAME(uint32_t type, uint32_t format, uint32_t width, uint32_t height, uint32_t channels,
+                   uint32_t bit_depth) {
+    return or_end_process([=] { return new_frame(type, format, width, height, channels, bit_depth); });
 }
 
 int CM_DelFRAME(FRAME *frame) {

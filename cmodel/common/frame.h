@@ -38,6 +38,10 @@ int CM_DelFRAME(FRAME *frame);
 
 namespace cfa {
 
+/// CM_NewFRAME for who can take an error: throws std::bad_alloc where that ends the process.
+FRAME *new_frame(uint32_t type, uint32_t format, uint32_t width, uint32_t height, uint32_t channels,
+                 uint32_t bit_depth);
+
 /// Whether CM_NewFRAME accepts these counts (width and height read as signed).
 bool frame_size_ok(uint32_t width, uint32_t height, uint32_t channels);
 
@@ -51,7 +55,7 @@ using FramePtr = std::unique_ptr<FRAME, FrameDeleter>;
 /// A plane of the size of `like`; its format follows from the channels (1 or 3).
 inline FramePtr plane_like(const FRAME *like, uint32_t type, uint32_t channels, uint32_t bit_depth) {
     const uint32_t format = channels == 3 ? FRAME_FMT_RGB : FRAME_FMT_MONO;
-    return FramePtr(CM_NewFRAME(type, format, like->width, like->height, channels, bit_depth));
+    return FramePtr(new_frame(type, format, like->width, like->height, channels, bit_depth));
 }
 
 /// Width and height as the numbers that loops count in.

@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "cmodel/common/allocation_error.h"
+#include "cmodel/common/error.h"
 
 using namespace cfa;
 
@@ -78,17 +78,20 @@ OpenFile try_open(const char *path, bool writing) {
     return {open_retrying(path, O_WRONLY | O_CREAT), false};
 }
 
+std::string write_line(const char *path, int error) {
+    return std::string("Unable to write file '") + path + "': " + std::strerror(error);
+}
+
 [[noreturn]] void write_error(int fd, const char *path, int error) {
     if (is_type(fd, S_IFREG)) {
         [[maybe_unused]] const int ignored = ftruncate(fd, 0);
     }
-    std::fprintf(stderr, "Unable to write file '%s': %s\n", path, std::strerror(error));
-    std::exit(1);
+    throw Error(Error::Kind::file, write_line(path, error));
 }
 
 } // namespace
 
-std::FILE *CM_Fopen(const char *path, const char *mode) {
+std::FILE *cfa::open_image(const char *path, const char *mode) {
     const bool writing = mode[0] == 'w';
     assert(std::strcmp(mode, writing ? "wb" : "rb") == 0);
     OpenFile file = try_open(path, writing);
@@ -101,14 +104,20 @@ std::FILE *CM_Fopen(const char *path, const char *mode) {
         }
         std::printf("%s ready\n", path);
     }
-    std::FILE *const stream = fdopen(file.fd, mode);
-    if (stream == nullptr)
+    ImageFile stream(fdopen(file.fd, mode));
+    if (stream == nullptr) {
+        close(file.fd);
         allocation_error();
+    }
     if (!file.locked)
         lock(file.fd);
     if (writing && is_type(file.fd, S_IFREG) && ftruncate(file.fd, 0) != 0)
         write_error(file.fd, path, errno);
-    return stream;
+    return stream.release();
+}
+
+std::FILE *CM_Fopen(const char *path, const char *mode) {
+    return or_end_process([=] { return open_image(path, mode); });
 }
 
 int CM_Fclose(std::FILE *stream) {
@@ -131,15 +140,13 @@ void cfa::image_write(std::FILE *stream, const char *path, const void *data, siz
     }
 }
 
-void cfa::image_close_written(std::FILE *stream, const char *path) {
+void cfa::image_close_written(ImageFile file, const char *path) {
     // Closing a duplicate makes a network file system report what it could not write
     // while the file can still be cut.
-    const int fd = fileno(stream);
+    const int fd = fileno(file.get());
     const int twin = dup(fd);
     if (twin >= 0 && close(twin) != 0 && errno != EINTR)
         write_error(fd, path, errno);
-    if (CM_Fclose(stream) != 0) {
-        std::fprintf(stderr, "Unable to write file '%s': %s\n", path, std::strerror(errno));
-        std::exit(1);
-    }
+    if (CM_Fclose(file.release()) != 0)
+        throw Error(Error::Kind::file, write_line(path, errno));
 }

@@ -4,12 +4,13 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <string>
 #include <utility>
 
 #include <ini.h>
 
-#include "cmodel/common/allocation_error.h"
+#include "cmodel/common/error.h"
 
 namespace cfa {
 
@@ -141,12 +142,12 @@ class ShortLine {
 struct Source {
     std::FILE *stream;
     bool first_line = true;
+    bool no_memory = false;
 };
 
-// The reader for ini_parse_stream: one line of any length per call, at most size - 1 characters of it in
-// `line`. REQUIRES size >= 128: a short line has at most 127 characters.
-char *read_line(char *line, int size, void *user) {
-    auto &source = *static_cast<Source *>(user);
+// One line of any length, at most size - 1 characters of it in `line`; null at the end of the file.
+// REQUIRES size >= 128: a short line has at most 127 characters.
+char *read_line(char *line, int size, Source &source) {
     const size_t room = static_cast<size_t>(size) - 1;
     ShortLine short_line(source.first_line);
     size_t length = 0;
@@ -173,6 +174,17 @@ char *read_line(char *line, int size, void *user) {
     return line;
 }
 
+// The reader for ini_parse_stream, which is C: no exception may pass through it.
+char *read_line_for_parser(char *line, int size, void *user) {
+    auto &source = *static_cast<Source *>(user);
+    try {
+        return read_line(line, size, source);
+    } catch (const std::bad_alloc &) {
+        source.no_memory = true;
+        return nullptr;
+    }
+}
+
 } // namespace
 
 int ini_load_file(const char *path, IniHandler handler, void *user) {
@@ -183,8 +195,10 @@ int ini_load_file(const char *path, IniHandler handler, void *user) {
         return -1;
     }
     Source source{stream};
-    const int result = ini_parse_stream(read_line, &source, handler, user);
+    const int result = ini_parse_stream(read_line_for_parser, &source, handler, user);
     std::fclose(stream);
+    if (source.no_memory)
+        allocation_error();
     return result;
 }
 

@@ -4,7 +4,7 @@
 
 #include <sys/mman.h>
 
-#include "cmodel/common/allocation_error.h"
+#include "cmodel/common/error.h"
 
 namespace cfa {
 

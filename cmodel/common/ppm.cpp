@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "cmodel/common/error.h"
 #include "cmodel/common/ppm_stream.h"
 
 using namespace cfa;
@@ -29,31 +30,42 @@ size_t sample_count(const FRAME *frame) {
 } // namespace
 
 FRAME *CM_ReadPPM5(const char *path, uint32_t type) {
-    PpmReader reader(path);
-    const PpmHeader &header = reader.header();
-    FRAME *const frame = CM_NewFRAME(type, FRAME_FMT_MONO, static_cast<uint32_t>(header.width),
-                                     static_cast<uint32_t>(header.height), 1, header.bit_depth);
-    reader.read(frame->data, sample_count(frame));
-    reader.close();
-    return frame;
+    return or_end_process([=] {
+        PpmReader reader(path);
+        FramePtr frame(new_frame(type, FRAME_FMT_MONO, static_cast<uint32_t>(reader.header().width),
+                                 static_cast<uint32_t>(reader.header().height), 1,
+                                 reader.header().bit_depth));
+        reader.read(frame->data, sample_count(frame.get()));
+        if (const std::string missing = reader.close(); !missing.empty())
+            std::fprintf(stderr, "%s\n", missing.c_str());
+        return frame.release();
+    });
 }
 
 int CM_WritePPM(const char *path, const FRAME *frame) {
+    or_end_process([=] { write_p6(path, frame); });
+    return 0;
+}
+
+int CM_WritePPM5(const char *path, const FRAME *frame) {
+    or_end_process([=] { write_p5(path, frame); });
+    return 0;
+}
+
+void cfa::write_p6(const char *path, const FRAME *frame) {
     PpmWriter writer(path, '6', frame->width, frame->height, frame->bit_depth);
     if (frame->channels == 3)
         writer.write(frame->data, sample_count(frame));
     else
         write_channel_0(writer, frame, 3);
     writer.close();
-    return 0;
 }
 
-int CM_WritePPM5(const char *path, const FRAME *frame) {
+void cfa::write_p5(const char *path, const FRAME *frame) {
     PpmWriter writer(path, '5', frame->width, frame->height, frame->bit_depth);
     if (frame->channels == 1)
         writer.write(frame->data, sample_count(frame));
     else
         write_channel_0(writer, frame, 1);
     writer.close();
-    return 0;
 }

@@ -2,10 +2,10 @@
 #include <bit>
 #include <cctype>
 #include <cerrno>
-#include <cstdlib>
+#include <cstring>
 #include <limits>
 
-#include "cmodel/common/image_file.h"
+#include "cmodel/common/error.h"
 #include "cmodel/common/ppm_stream.h"
 #include "log/log.h"
 
@@ -61,18 +61,14 @@ uint32_t ppm_bit_depth(int32_t max_value) {
 
 PpmReader::PpmReader(const char *path)
     : path_(path), block_(std::make_unique_for_overwrite<uint8_t[]>(BLOCK_BYTES)),
-      stream_(CM_Fopen(path, "rb")) {
-    if (stream_ == nullptr) {
-        std::fprintf(stderr, "Unable to open file '%s'\n", path);
-        std::exit(1);
-    }
+      stream_(open_image(path, "rb")) {
     read_magic();
     skip_comments();
     if (!read_int(header_.width) || !read_int(header_.height))
         fail("Invalid image size");
     if (!read_int(header_.max_value) || header_.max_value < 1)
         fail("Invalid max_rgb");
-    skip_line(stream_);
+    skip_line(stream_.get());
     header_.bit_depth = ppm_bit_depth(header_.max_value);
     sample_bytes_ = header_.bit_depth == 0 ? 0 : ppm_sample_bytes(header_.bit_depth);
     log_log(LOG_DEBUG, "common", __LINE__, "Color depth (%d) max_rgb:(%d)\n",
@@ -80,45 +76,42 @@ PpmReader::PpmReader(const char *path)
 }
 
 void PpmReader::fail(const char *what) {
-    std::fprintf(stderr, "%s (error loading '%s')\n", what, path_.c_str());
-    std::exit(1);
+    throw Error(Error::Kind::file, std::string(what) + " (error loading '" + path_ + "')");
 }
 
 void PpmReader::read_magic() {
     char line[16];
     errno = ENODATA; // what an empty file has
-    if (std::fgets(line, sizeof line, stream_) == nullptr) {
-        std::perror(path_.c_str());
-        std::exit(1);
-    }
+    if (std::fgets(line, sizeof line, stream_.get()) == nullptr)
+        throw Error(Error::Kind::file, path_ + ": " + std::strerror(errno));
     if (line[0] != 'P' || line[1] != '5')
         fail("Invalid image format (must be 'P5')");
 }
 
 void PpmReader::skip_comments() {
-    int c = std::getc(stream_);
+    int c = std::getc(stream_.get());
     while (c == '#') {
-        skip_line(stream_);
-        c = std::getc(stream_);
+        skip_line(stream_.get());
+        c = std::getc(stream_.get());
     }
-    std::ungetc(c, stream_);
+    std::ungetc(c, stream_.get());
 }
 
 // White space, a sign, decimal digits. False when there is no digit or the number does not fit.
 bool PpmReader::read_int(int32_t &number) {
-    int c = std::getc(stream_);
+    int c = std::getc(stream_.get());
     while (std::isspace(c))
-        c = std::getc(stream_);
+        c = std::getc(stream_.get());
     const bool negative = c == '-';
     if (c == '-' || c == '+')
-        c = std::getc(stream_);
+        c = std::getc(stream_.get());
     if (!std::isdigit(c))
         return false;
     constexpr int64_t LIMIT = int64_t{1} << 32; // beyond any int; the rest of the digits does not matter
     int64_t sum = 0;
-    for (; std::isdigit(c); c = std::getc(stream_))
+    for (; std::isdigit(c); c = std::getc(stream_.get()))
         sum = std::min(LIMIT, sum * 10 + (c - '0'));
-    std::ungetc(c, stream_);
+    std::ungetc(c, stream_.get());
     sum = negative ? -sum : sum;
     if (sum < std::numeric_limits<int32_t>::min() || sum > std::numeric_limits<int32_t>::max())
         return false;
@@ -142,7 +135,7 @@ void PpmReader::read(uint32_t *samples, size_t count) {
 }
 
 size_t PpmReader::read_bytes(uint8_t *bytes, size_t size) {
-    return std::fread(bytes, 1, size, stream_);
+    return std::fread(bytes, 1, size, stream_.get());
 }
 
 void PpmReader::convert(const uint8_t *bytes, size_t present, uint32_t *samples, size_t count) {
@@ -157,11 +150,11 @@ void PpmReader::convert(const uint8_t *bytes, size_t present, uint32_t *samples,
     }
 }
 
-void PpmReader::close() {
-    CM_Fclose(stream_);
-    if (missing_ > 0)
-        std::fprintf(stderr, "Unexpected end of file in '%s': %llu samples are missing\n", path_.c_str(),
-                     static_cast<unsigned long long>(missing_));
+std::string PpmReader::close() {
+    stream_.reset();
+    if (missing_ == 0)
+        return "";
+    return "Unexpected end of file in '" + path_ + "': " + std::to_string(missing_) + " samples are missing";
 }
 
 } // namespace cfa

@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include "cmodel/common/image_file.h"
+
 namespace cfa {
 
 struct PpmHeader {
@@ -29,9 +31,8 @@ std::string ppm_header_text(char kind, uint32_t width, uint32_t height, uint32_t
 /// Reads a P5 picture. An object holds the lock on its file from construction to close().
 class PpmReader {
   public:
-    /// Opens the file, waiting for it if need be, and reads its header. Ends the process with
-    /// one line and status 1 when the header is not that of a P5 picture with three numbers that
-    /// fit an int, the last at least 1.
+    /// Opens the file, waiting for it if need be, and reads its header. Throws Error when the
+    /// header is not that of a P5 picture with three numbers that fit an int, the last at least 1.
     explicit PpmReader(const char *path);
     PpmReader(const PpmReader &) = delete;
     PpmReader &operator=(const PpmReader &) = delete;
@@ -49,8 +50,8 @@ class PpmReader {
     /// there. REQUIRES a depth above 0.
     void convert(const uint8_t *bytes, size_t present, uint32_t *samples, size_t count);
 
-    /// Closes; says on standard error how many samples were missing, if any.
-    void close();
+    /// Closes. Returns "", or one line that says how many samples were missing.
+    std::string close();
 
   private:
     void read_magic();
@@ -60,7 +61,7 @@ class PpmReader {
 
     std::string path_;
     std::unique_ptr<uint8_t[]> block_; // not cleared: a small picture touches little of it
-    std::FILE *stream_;
+    ImageFile stream_;
     PpmHeader header_{};
     int sample_bytes_ = 0;
     uint64_t missing_ = 0;
@@ -75,7 +76,7 @@ class PpmWriter {
     PpmWriter &operator=(const PpmWriter &) = delete;
 
     /// Writes the next `count` samples (three per pixel for P6): their low bytes, as many as the depth needs.
-    /// An error ends the process with one line and status 1.
+    /// A failure is an Error, after which the file is empty.
     void write(const uint32_t *samples, size_t count);
 
     /// Writes samples that are the file's bytes already.
@@ -89,7 +90,7 @@ class PpmWriter {
 
     std::string path_;
     std::unique_ptr<uint8_t[]> block_; // not cleared: a small picture touches little of it
-    std::FILE *stream_;
+    ImageFile stream_;
     int sample_bytes_;
     size_t filled_ = 0;
 };

@@ -1,7 +1,6 @@
 #include <algorithm>
-#include <cstdlib>
+#include <utility>
 
-#include "cmodel/common/image_file.h"
 #include "cmodel/common/ppm_stream.h"
 
 namespace cfa {
@@ -47,11 +46,7 @@ std::string ppm_header_text(char kind, uint32_t width, uint32_t height, uint32_t
 
 PpmWriter::PpmWriter(const char *path, char kind, uint32_t width, uint32_t height, uint32_t bit_depth)
     : path_(path), block_(std::make_unique_for_overwrite<uint8_t[]>(BLOCK_BYTES)),
-      stream_(CM_Fopen(path, "wb")), sample_bytes_(ppm_sample_bytes(bit_depth)) {
-    if (stream_ == nullptr) {
-        std::fprintf(stderr, "Unable to open file '%s'\n", path);
-        std::exit(1);
-    }
+      stream_(open_image(path, "wb")), sample_bytes_(ppm_sample_bytes(bit_depth)) {
     const std::string text = ppm_header_text(kind, width, height, bit_depth);
     std::copy(text.begin(), text.end(), block_.get());
     filled_ = text.size();
@@ -72,17 +67,17 @@ void PpmWriter::write(const uint32_t *samples, size_t count) {
 
 void PpmWriter::write_bytes(const void *bytes, size_t size) {
     flush();
-    image_write(stream_, path_.c_str(), bytes, size);
+    image_write(stream_.get(), path_.c_str(), bytes, size);
 }
 
 void PpmWriter::flush() {
-    image_write(stream_, path_.c_str(), block_.get(), filled_);
+    image_write(stream_.get(), path_.c_str(), block_.get(), filled_);
     filled_ = 0;
 }
 
 void PpmWriter::close() {
     flush();
-    image_close_written(stream_, path_.c_str());
+    image_close_written(std::move(stream_), path_.c_str());
 }
 
 } // namespace cfa

@@ -9,7 +9,7 @@
 #include <regex.h>
 #include <sys/types.h>
 
-#include "cmodel/common/allocation_error.h"
+#include "cmodel/common/error.h"
 #include "cmodel/common/register_block.h"
 #include "log/log.h"
 

@@ -1,5 +1,7 @@
 #include "tests/support/support.h"
 
+#include "cmodel/common/error.h"
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -108,7 +110,11 @@ Outcome run_child(const std::function<void()> &function, int timeout_ms) {
         dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
         dup2(fileno(out), STDOUT_FILENO);
         dup2(fileno(err), STDERR_FILENO);
-        function();
+        try {
+            function();
+        } catch (const std::exception &error) { // as the tool's main
+            cfa::end_process(error);
+        }
         std::fflush(nullptr);
         _exit(0);
     }

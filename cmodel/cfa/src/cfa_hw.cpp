@@ -1,34 +1,32 @@
 #include "cmodel/cfa/src/cfa_hw.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
+#include <string>
 
 #include "cmodel/cfa/src/cfa_model.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/frame_rows.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/common/error.h"
 
 using namespace cfa;
 
-namespace {
-
-// A single reflection about the border leaves a smaller picture.
-void refuse_small_picture(const FRAME *raw) {
-    if (raw->width >= 4 && raw->height >= 3)
-        return;
-    std::fprintf(stderr, "Picture of %u x %u is too small: the enabled block takes 4 x 3 and larger\n",
-                 raw->width, raw->height);
-    std::exit(1);
+void cfa_hw(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
+    or_end_process([=] { run_block(raw, out_rgb, out_dc, out_sg); });
 }
 
-} // namespace
+void cfa::refuse_small_picture(uint32_t width, uint32_t height) {
+    if (width < 4 || height < 3) // a single reflection about the border leaves it
+        throw Error(Error::Kind::picture_size, "Picture of " + std::to_string(width) + " x " +
+                                                   std::to_string(height) +
+                                                   " is too small: the enabled block takes 4 x 3 and larger");
+}
 
-void cfa_hw(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
-    if (cfa_reg.hw.reg_cfa_enable == 0) {
+void cfa::run_block(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
+    if (registers().reg_cfa_enable == 0) {
         cfa_bypass(raw, out_rgb, out_dc, out_sg);
         return;
     }
-    refuse_small_picture(raw);
+    refuse_small_picture(raw->width, raw->height);
     if (!cfa_lines(raw, out_rgb, out_dc, out_sg))
         cfa_model(raw, out_rgb, out_dc, out_sg);
 }

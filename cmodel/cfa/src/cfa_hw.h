@@ -14,3 +14,13 @@ void cfa_hw(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
 
 /// The disabled block: the mosaic in all three channels, DC 0, sharpen gain 1024. Takes any size.
 void cfa_bypass(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
+
+namespace cfa {
+
+/// cfa_hw for who can take an Error.
+void run_block(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
+
+/// Throws Error for a picture that the enabled block does not take.
+void refuse_small_picture(uint32_t width, uint32_t height);
+
+} // namespace cfa

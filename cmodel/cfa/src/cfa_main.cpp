@@ -4,7 +4,9 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <new>
+#include <string>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -13,7 +15,7 @@
 #include "cmodel/cfa/src/picture_run.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
-#include "cmodel/common/allocation_error.h"
+#include "cmodel/common/error.h"
 #include "log/log.h"
 
 using namespace cfa;
@@ -74,11 +76,15 @@ void open_standard_descriptors() {
             std::exit(1);
 }
 
-// A size limit on files, a reader that goes away and memory that runs out end in a
-// line and a status, not in a signal.
+// Without the least memory not even an exception can be made.
+[[noreturn]] void end_without_memory() {
+    end_process(std::bad_alloc());
+}
+
+// A size limit on files and a reader that goes away are write errors, not signals.
 void prepare_process() {
     open_standard_descriptors();
-    std::set_new_handler(allocation_error);
+    std::set_terminate(end_without_memory);
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
 }
@@ -88,8 +94,7 @@ std::FILE *open_log(const char *path, int level) {
     if (log_file == nullptr) {
         if (errno == ENOMEM)
             allocation_error();
-        std::fprintf(stderr, "Unable to open log file '%s'\n", path);
-        std::exit(1);
+        throw Error(Error::Kind::file, std::string("Unable to open log file '") + path + "'");
     }
     log_add_fp(log_file, level);
     log_set_quiet(1);
@@ -108,17 +113,28 @@ void load_registers(const char *cfa_ini, const char *cmodel_top_ini) {
     log_log(LOG_INFO, LABEL, __LINE__, "reg_cfa_shpn_enable = %d", int{cfa_reg.hw.reg_cfa_shpn_enable});
 }
 
+// Returns once all outputs are written.
+void run(char **argv) {
+    dump_dbg_img = integer(argv[DUMP_DBG_IMG]) != 0;
+    std::snprintf(dbg_path, sizeof dbg_path, "%s", argv[DBG_PATH]);
+    std::FILE *const log_file = open_log(argv[LOG_FILE], integer(argv[LOG_LEVEL]));
+    load_registers(argv[INI_FILE], argv[CMODEL_TOP_INI]);
+    run_picture(argv[SRC_RAW], {argv[OUT], argv[OUT_DC], argv[OUT_SG]},
+                [](const char *line) { std::fprintf(stderr, "%s\n", line); });
+    std::fclose(log_file);
+}
+
 } // namespace
 
 int main(int argc, char **argv) {
     prepare_process();
     if (argc != ARGUMENT_COUNT)
         cfa_usage(argc, argv);
-    dump_dbg_img = integer(argv[DUMP_DBG_IMG]) != 0;
-    std::snprintf(dbg_path, sizeof dbg_path, "%s", argv[DBG_PATH]);
-    std::FILE *const log_file = open_log(argv[LOG_FILE], integer(argv[LOG_LEVEL]));
-    load_registers(argv[INI_FILE], argv[CMODEL_TOP_INI]);
-    run_picture(argv[SRC_RAW], {argv[OUT], argv[OUT_DC], argv[OUT_SG]});
-    std::fclose(log_file);
-    return 0;
+    try {
+        run(argv);
+        return 0;
+    } catch (const std::exception &error) {
+        print_error(error);
+        return ERROR_STATUS;
+    }
 }

@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "cmodel/cfa/src/cfa_hw.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/conditions.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/common/ppm.h"
 
 namespace cfa {
@@ -16,17 +16,22 @@ namespace {
 bool rows_can_serve(const PpmHeader &header) {
     const uint32_t width = static_cast<uint32_t>(header.width);
     const uint32_t height = static_cast<uint32_t>(header.height);
-    return cfa_reg.hw.reg_cfa_enable != 0 && header.bit_depth >= 1 && header.bit_depth <= 16 &&
+    return registers().reg_cfa_enable != 0 && header.bit_depth >= 1 && header.bit_depth <= 16 &&
            frame_size_ok(width, height, 3) && cfa_lines_excludes(width, height) == nullptr;
 }
 
+void say(const std::string &line, Notice notice) {
+    if (!line.empty())
+        notice(line.c_str());
+}
+
 // CM_ReadPPM5 from behind the header.
-FramePtr read_rest(PpmReader &reader) {
+FramePtr read_rest(PpmReader &reader, Notice notice) {
     const PpmHeader &header = reader.header();
-    FramePtr raw(CM_NewFRAME(FRAME_TYPE_IMG, FRAME_FMT_MONO, static_cast<uint32_t>(header.width),
-                             static_cast<uint32_t>(header.height), 1, header.bit_depth));
+    FramePtr raw(new_frame(FRAME_TYPE_IMG, FRAME_FMT_MONO, static_cast<uint32_t>(header.width),
+                           static_cast<uint32_t>(header.height), 1, header.bit_depth));
     reader.read(raw->data, static_cast<size_t>(raw->width) * raw->height);
-    reader.close();
+    say(reader.close(), notice);
     return raw;
 }
 
@@ -34,31 +39,32 @@ void run_frames(const FRAME *raw, const OutputPaths &out) {
     const FramePtr out_rgb = plane_like(raw, FRAME_TYPE_IMG, 3, raw->bit_depth);
     const FramePtr out_dc = plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth);
     const FramePtr out_sg = plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth);
-    cfa_hw(raw, out_rgb.get(), out_dc.get(), out_sg.get());
-    CM_WritePPM(out.rgb, out_rgb.get());
-    CM_WritePPM5(out.dc, out_dc.get());
-    CM_WritePPM5(out.gain, out_sg.get());
+    run_block(raw, out_rgb.get(), out_dc.get(), out_sg.get());
+    write_p6(out.rgb, out_rgb.get());
+    write_p5(out.dc, out_dc.get());
+    write_p5(out.gain, out_sg.get());
 }
 
 } // namespace
 
-void run_picture(const char *raw_path, const OutputPaths &out) {
+void run_picture(const char *raw_path, const OutputPaths &out, Notice notice) {
     PpmReader reader(raw_path);
     if (!rows_can_serve(reader.header()))
-        return run_frames(read_rest(reader).get(), out);
+        return run_frames(read_rest(reader, notice).get(), out);
     std::optional<WordStore> store(std::in_place, reader.header());
     if (store->read(reader)) {
         reader.close();
         return run_file_rows(*store, out);
     }
     const FramePtr raw = store->frame(reader);
-    reader.close();
+    say(reader.close(), notice);
     store.reset();
     run_frames(raw.get(), out);
 }
 
-void run_picture_in_frames(const char *raw_path, const OutputPaths &out) {
-    run_frames(FramePtr(CM_ReadPPM5(raw_path, FRAME_TYPE_IMG)).get(), out);
+void run_picture_in_frames(const char *raw_path, const OutputPaths &out, Notice notice) {
+    PpmReader reader(raw_path);
+    run_frames(read_rest(reader, notice).get(), out);
 }
 
 } // namespace cfa

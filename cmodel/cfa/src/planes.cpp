@@ -101,17 +101,17 @@ std::span<const PlaneInfo> planes() {
 }
 
 void write_debug_image(const char *name, const FRAME *plane) {
-    if (!dump_dbg_img)
+    if (!debug_images_wanted())
         return;
     const PlaneInfo *const info = find_plane(name);
     assert(info != std::end(LIST));
     const std::string path = debug_path_of(info->image.file);
     switch (info->image.shown) {
     case magnitude:
-        dump_dbg_frame(plane, info->image.channel, 1, info->image.bit_depth, path);
+        dump_magnitudes(plane, info->image.channel, 1, info->image.bit_depth, path);
         break;
     case low_bits:
-        CM_WritePPM5(path.c_str(), plane);
+        write_p5(path.c_str(), plane);
         break;
     case signed_map:
         dump_signed_map(plane, path);

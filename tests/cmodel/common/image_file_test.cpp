@@ -55,7 +55,7 @@ TEST_CASE("a consumer that waits for a new file never sees a part of it") {
                 std::FILE *const stream = CM_Fopen(path(round).c_str(), "wb");
                 usleep(200); // a producer that takes its time
                 image_write(stream, path(round).c_str(), whole.data(), whole.size());
-                image_close_written(stream, path(round).c_str());
+                image_close_written(ImageFile(stream), path(round).c_str());
             }
             _exit(0);
         }

@@ -4,6 +4,8 @@
 #include <cstdio>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/in_force.h"
+#include "cmodel/common/error.h"
 #include "cmodel/common/ppm.h"
 
 using namespace cfa;
@@ -27,24 +29,33 @@ int32_t dump_dbg_frame(const FRAME *frame, int32_t channel, uint32_t gain, uint3
         std::puts("Error...");
         return 1;
     }
+    or_end_process([&] { dump_magnitudes(frame, channel, gain, bit_depth, path); });
+    return 0;
+}
+
+bool cfa::debug_images_wanted() {
+    return dump_dbg_img && in_force().is_process;
+}
+
+void cfa::dump_magnitudes(const FRAME *frame, int32_t channel, uint32_t gain, uint32_t bit_depth,
+                          const std::string &path) {
     const bool color = channel == 3 && frame->channels == 3;
     const size_t channels = frame->channels;
     const size_t pixels = static_cast<size_t>(frame->width) * frame->height;
     const int64_t limit = (int64_t{1} << std::min(bit_depth, 32u)) - 1;
 
-    const FramePtr image(CM_NewFRAME(frame->type, color ? FRAME_FMT_RGB : FRAME_FMT_MONO, frame->width,
-                                     frame->height, color ? 3 : 1, bit_depth));
+    const FramePtr image(new_frame(frame->type, color ? FRAME_FMT_RGB : FRAME_FMT_MONO, frame->width,
+                                   frame->height, color ? 3 : 1, bit_depth));
     if (color) {
         for (size_t i = 0; i < 3 * pixels; ++i)
             image->data[i] = shown(static_cast<int32_t>(frame->data[i]), gain, limit);
-        CM_WritePPM(path.c_str(), image.get());
+        write_p6(path.c_str(), image.get());
     } else {
         // A selector beyond the last channel reads on into the next pixel, behind the plane zeros.
         for (size_t i = 0; i < pixels; ++i)
             image->data[i] = shown(static_cast<int32_t>(frame->data[channels * i + channel]), gain, limit);
-        CM_WritePPM5(path.c_str(), image.get());
+        write_p5(path.c_str(), image.get());
     }
-    return 0;
 }
 
 void cfa::dump_signed_map(const FRAME *plane, const std::string &path) {
@@ -57,7 +68,7 @@ void cfa::dump_signed_map(const FRAME *plane, const std::string &path) {
             sample(map.get(), y, x, 1) = v < 0 ? size : 0;
         }
     }
-    CM_WritePPM(path.c_str(), map.get());
+    write_p6(path.c_str(), map.get());
 }
 
 std::string cfa::debug_path_of(const char *name) {

@@ -21,6 +21,13 @@ int32_t dump_dbg_frame(const FRAME *frame, int32_t channel, uint32_t gain, uint3
 
 namespace cfa {
 
+/// Whether the run in force writes debug images.
+bool debug_images_wanted();
+
+/// dump_dbg_frame for who can take an Error. REQUIRES a selector of 0 to 3.
+void dump_magnitudes(const FRAME *frame, int32_t channel, uint32_t gain, uint32_t bit_depth,
+                     const std::string &path);
+
 /// Writes a signed one-channel plane as an 8-bit P6 picture: a quarter of the magnitude, at most 255, in red
 /// where the sample is positive and in green where it is negative.
 void dump_signed_map(const FRAME *plane, const std::string &path);

@@ -1,18 +1,16 @@
 #include "cmodel/cfa/src/kit/register_groups.h"
 
+#include "cmodel/cfa/src/kit/in_force.h"
 #include <cassert>
-
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
-#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 
 namespace cfa {
 
 uint32_t pattern_id() {
-    return static_cast<uint32_t>(int32_t{cmodel_top_reg.hw.reg_img_bayerid});
+    return static_cast<uint32_t>(int32_t{in_force().top->hw.reg_img_bayerid});
 }
 
 LumaMoireCurves luma_moire_curves() {
-    const auto &r = cfa_reg.hw;
+    const auto &r = registers();
     return {
         .detail = {.x0 = r.reg_cfa_ymoire_detail_th,
                    .y0 = r.reg_cfa_ymoire_detail_low,
@@ -30,7 +28,7 @@ LumaMoireCurves luma_moire_curves() {
 }
 
 ColorMoireCurves color_moire_curves() {
-    const auto &r = cfa_reg.hw;
+    const auto &r = registers();
     return {
         .saturation = {.x0 = r.reg_cfa_cmoire_sat_x0,
                        .y0 = r.reg_cfa_cmoire_sat_y0,
@@ -52,14 +50,14 @@ ColorMoireCurves color_moire_curves() {
 }
 
 std::array<ProtectedHue, 3> protected_hues() {
-    const auto &r = cfa_reg.hw;
+    const auto &r = registers();
     return {{{r.reg_cfa_cmoire_protclr1_enable == 1, r.reg_cfa_cmoire_protclr1},
              {r.reg_cfa_cmoire_protclr2_enable == 1, r.reg_cfa_cmoire_protclr2},
              {r.reg_cfa_cmoire_protclr3_enable == 1, r.reg_cfa_cmoire_protclr3}}};
 }
 
 DirectionalCoefficients directional_coefficients() {
-    const auto &r = cfa_reg.hw;
+    const auto &r = registers();
     return {
         .straight = {r.reg_cfa_cmoire_edge_d0c0, r.reg_cfa_cmoire_edge_d0c1, r.reg_cfa_cmoire_edge_d0c2},
         .diagonal = {r.reg_cfa_cmoire_edge_d45c0, r.reg_cfa_cmoire_edge_d45c1, r.reg_cfa_cmoire_edge_d45c2,
@@ -70,7 +68,7 @@ DirectionalCoefficients directional_coefficients() {
 int32_t sharpening_entry(int index) {
     static const RegisterInfo *const ENTRIES = cfa_reg_hw_table().find("reg_cfa_ghp_lut00"); // 32 in a row
     assert(0 <= index && index < 32);
-    return ENTRIES[index].read(cfa_reg.hw);
+    return ENTRIES[index].read(registers());
 }
 
 } // namespace cfa

@@ -1,8 +1,8 @@
 #include "cmodel/cfa/src/lines/conditions.h"
 
 #include "cmodel/cfa/src/kit/debug_image.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 
 namespace cfa {
 
@@ -12,7 +12,7 @@ const char *cfa_lines_excludes(uint32_t width, uint32_t height) {
     if (pattern_id() > 3)
         return "a 4 x 4 pattern";
     // A debug image shows a whole plane; the engine has none.
-    if (dump_dbg_img)
+    if (debug_images_wanted())
         return "debug images";
     // A single reflection must stay inside the picture, as for the model: three
     // columns and two rows reach over.
@@ -20,9 +20,9 @@ const char *cfa_lines_excludes(uint32_t width, uint32_t height) {
         return "a picture below 4 x 3";
     // Weights are kept in 16 bits. Between its levels a curve stays within 12 bits;
     // a slope against them leads out.
-    if (cfa_reg.hw.reg_cfa_cmoire_enable == 1 && color_moire_curves().contradict())
+    if (registers().reg_cfa_cmoire_enable == 1 && color_moire_curves().contradict())
         return "a colour-moire curve whose slope contradicts its levels";
-    if (cfa_reg.hw.reg_cfa_ymoire_enable == 1 && luma_moire_curves().contradict())
+    if (registers().reg_cfa_ymoire_enable == 1 && luma_moire_curves().contradict())
         return "a luma-moire curve whose slope contradicts its levels";
     return nullptr;
 }

@@ -4,10 +4,10 @@
 #include <optional>
 #include <vector>
 
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/conditions.h"
 #include "cmodel/cfa/src/lines/engine.h"
 #include "cmodel/cfa/src/lines/kernels/file_words.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 
 namespace cfa {
 
@@ -96,7 +96,7 @@ template <class Word> void write_gain_of_one(const char *path, const WordStore &
 }
 
 template <class Word> void run_words(WordStore &store, const OutputPaths &out) {
-    const bool sharpens = cfa_reg.hw.reg_cfa_shpn_enable == 1; // otherwise the gain is 1.0 everywhere
+    const bool sharpens = registers().reg_cfa_shpn_enable == 1; // otherwise the gain is 1.0 everywhere
     const LargeBuffer gain = sharpens ? make_large_buffer(store.size()) : nullptr;
     WordSource<Word> source(store);
     WordSink<Word> sink(store, out.rgb, reinterpret_cast<Word *>(gain.get()));
@@ -131,8 +131,8 @@ bool WordStore::read(PpmReader &reader) {
 }
 
 FramePtr WordStore::frame(PpmReader &reader) const {
-    FramePtr raw(CM_NewFRAME(FRAME_TYPE_IMG, FRAME_FMT_MONO, static_cast<uint32_t>(header_.width),
-                             static_cast<uint32_t>(header_.height), 1, header_.bit_depth));
+    FramePtr raw(new_frame(FRAME_TYPE_IMG, FRAME_FMT_MONO, static_cast<uint32_t>(header_.width),
+                           static_cast<uint32_t>(header_.height), 1, header_.bit_depth));
     reader.convert(bytes_.get(), present_, raw->data, pixels_);
     return raw;
 }

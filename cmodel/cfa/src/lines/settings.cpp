@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/common/color_id.h"
 
 namespace cfa {
@@ -23,12 +23,12 @@ SharpeningTable packed_sharpening_table() {
     for (int k = 0; k < 16; ++k)
         table.word[k] = static_cast<Sample>(sharpening_entry(2 * k) | sharpening_entry(2 * k + 1) << 8);
     table.activity_limit =
-        static_cast<Sample>(std::min<int32_t>(cfa_reg.hw.reg_cfa_ghp_thd, 32767)); // activity is below
+        static_cast<Sample>(std::min<int32_t>(registers().reg_cfa_ghp_thd, 32767)); // activity is below
     return table;
 }
 
 void read_direction(EngineSettings &s) {
-    const auto &r = cfa_reg.hw;
+    const auto &r = registers();
     s.at_red_blue = {r.reg_cfa_edgee_thd, r.reg_cfa_edge_tol, r.reg_cfa_sige_thd, r.reg_cfa_gsig_tol, 0};
     const int32_t luma = r.reg_cfa_rb_vt_enable == 1 ? r.reg_cfa_rbsig_luma_thd : 32767;
     s.at_green = {r.reg_cfa_edgee_thd2, 0, 0, r.reg_cfa_rbsig_tol, luma};
@@ -40,7 +40,7 @@ void read_direction(EngineSettings &s) {
 }
 
 void read_luma_moire(EngineSettings &s) {
-    const auto &r = cfa_reg.hw;
+    const auto &r = registers();
     s.luma_moire = r.reg_cfa_ymoire_enable == 1;
     s.luma.red_blue_mask = r.reg_cfa_ymoire_ref_maxg_only == 1 ? 0 : -1;
     s.luma.noise = r.reg_cfa_ymoire_np;
@@ -73,7 +73,7 @@ DirectionalKernels directional_kernels() {
 }
 
 void read_color_moire(EngineSettings &s) {
-    const auto &r = cfa_reg.hw;
+    const auto &r = registers();
     s.color_moire = r.reg_cfa_cmoire_enable == 1;
     const ColorMoireCurves curves = color_moire_curves();
     s.color_distance.saturation = curve(curves.saturation);
@@ -92,7 +92,7 @@ void read_color_moire(EngineSettings &s) {
 }
 
 void read_sharpen(EngineSettings &s) {
-    const auto &r = cfa_reg.hw;
+    const auto &r = registers();
     const int32_t threshold = r.reg_cfa_shpn_core_value;
     s.sharpens = r.reg_cfa_shpn_enable == 1;
     s.sharpen.remove_spikes = all_ones(r.reg_cfa_shpn_pre_proc_enable == 1);

@@ -2,9 +2,9 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/window.h"
 #include "cmodel/cfa/src/planes.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 
 using namespace cfa;
@@ -73,8 +73,8 @@ int32_t pulled(int32_t c, int32_t green, int32_t w, int32_t strength) {
 
 void cfa_DeColorMoire(const FRAME *in_rgb, FRAME *out_rgb, const FRAME *pd_wt, const FRAME *cdist_wt,
                       const FRAME *edge_wt) {
-    const int32_t strength = cfa_reg.hw.reg_cfa_cmoire_strth;
-    if (cfa_reg.hw.reg_cfa_cmoire_enable != 1) {
+    const int32_t strength = registers().reg_cfa_cmoire_strth;
+    if (registers().reg_cfa_cmoire_enable != 1) {
         copy_to_dst(in_rgb, out_rgb);
         return;
     }

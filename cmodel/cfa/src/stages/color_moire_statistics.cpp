@@ -4,9 +4,9 @@
 #include <cstdlib>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/kit/window.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/curve.h"
 
@@ -94,9 +94,9 @@ struct Responses {
 
 // Q10, 1024..4095: dark areas are raised toward the target brightness, nothing is lowered.
 int32_t luma_gain(int32_t green) {
-    if (cfa_reg.hw.reg_cfa_cmoire_lumagain_enable != 1)
+    if (registers().reg_cfa_cmoire_lumagain_enable != 1)
         return 1024;
-    const int32_t target = cfa_reg.hw.reg_cfa_cmoire_lumatg;
+    const int32_t target = registers().reg_cfa_cmoire_lumatg;
     return std::min(4095, std::max(1024, (target * get_inv(green) + 16) >> 5));
 }
 

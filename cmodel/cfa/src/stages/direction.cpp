@@ -1,9 +1,9 @@
 // Direction information: along which direction each pixel is interpolated, decided in raster order.
 #include <algorithm>
 
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/window.h"
 #include "cmodel/cfa/src/planes.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
 
@@ -43,9 +43,9 @@ int32_t vote(int x, int y, const Evidence &e, int32_t tolerance, const FRAME *Si
 
 int32_t cal_dir_at_rb(int x, int y, const FRAME *LH, const FRAME *LV, const FRAME *SigH, const FRAME *SigV,
                       FRAME *DirInfo) {
-    const int32_t edgee_thd = cfa_reg.hw.reg_cfa_edgee_thd;
-    const int32_t edge_tol = cfa_reg.hw.reg_cfa_edge_tol;
-    const int64_t sige_thd = cfa_reg.hw.reg_cfa_sige_thd;
+    const int32_t edgee_thd = registers().reg_cfa_edgee_thd;
+    const int32_t edge_tol = registers().reg_cfa_edge_tol;
+    const int64_t sige_thd = registers().reg_cfa_sige_thd;
     const Evidence e(LH, LV, SigH, SigV, x, y);
     const int32_t sig_max = std::max(e.sh, e.sv) >> 2;
     const int32_t sig_min = std::max(1, std::min(e.sh, e.sv) >> 7);
@@ -55,7 +55,7 @@ int32_t cal_dir_at_rb(int x, int y, const FRAME *LH, const FRAME *LV, const FRAM
         if (e.activity_max() >= (std::min(e.lh, e.lv) * edge_tol) >> 8)
             dir = direction_of(e.lh, e.lv);
     } else if (sige_thd * sig_min > sig_max && !isAtBoundary(LH, x, y)) { // the variance is not
-        dir = vote(x, y, e, cfa_reg.hw.reg_cfa_gsig_tol, SigH, SigV, LH, LV, DirInfo);
+        dir = vote(x, y, e, registers().reg_cfa_gsig_tol, SigH, SigV, LH, LV, DirInfo);
     } else {
         dir = e.prior();
     }
@@ -65,9 +65,9 @@ int32_t cal_dir_at_rb(int x, int y, const FRAME *LH, const FRAME *LV, const FRAM
 
 int32_t cal_dir_at_g(int x, int y, const FRAME *AvgRGB, const FRAME *LH, const FRAME *LV, const FRAME *SigH,
                      const FRAME *SigV, FRAME *DirInfo) {
-    const int32_t edgee_thd2 = cfa_reg.hw.reg_cfa_edgee_thd2;
-    const int32_t vote_enable = cfa_reg.hw.reg_cfa_rb_vt_enable;
-    const int32_t luma_thd = cfa_reg.hw.reg_cfa_rbsig_luma_thd;
+    const int32_t edgee_thd2 = registers().reg_cfa_edgee_thd2;
+    const int32_t vote_enable = registers().reg_cfa_rb_vt_enable;
+    const int32_t luma_thd = registers().reg_cfa_rbsig_luma_thd;
     const Evidence e(LH, LV, SigH, SigV, x, y);
     const int32_t red = value(AvgRGB, y, x, 0);
     const int32_t green = value(AvgRGB, y, x, 1);
@@ -78,7 +78,7 @@ int32_t cal_dir_at_g(int x, int y, const FRAME *AvgRGB, const FRAME *LH, const F
     if (e.activity_max() > e.activity_min() * edgee_thd2) // decisive; no tolerance test here
         dir = direction_of(e.lh, e.lv);
     else if (vote_enable == 1 && luma >= luma_thd && !isAtBoundary(AvgRGB, x, y))
-        dir = vote(x, y, e, cfa_reg.hw.reg_cfa_rbsig_tol, SigH, SigV, LH, LV, DirInfo);
+        dir = vote(x, y, e, registers().reg_cfa_rbsig_tol, SigH, SigV, LH, LV, DirInfo);
     else
         dir = e.prior();
     sample(DirInfo, y, x) = dir;
@@ -93,7 +93,7 @@ int32_t isAtBoundary(const FRAME *frame, int x, int y) {
 
 void cfa_Vote(int x, int y, int32_t centre_dir, int32_t *votes_h, int32_t *votes_v, const FRAME *SigH,
               const FRAME *SigV, const FRAME *LH, const FRAME *LV, const FRAME *DirInfo) {
-    const int32_t vw_thd = cfa_reg.hw.reg_cfa_vw_thd;
+    const int32_t vw_thd = registers().reg_cfa_vw_thd;
     const int left = mirror_index(x - 1, width_of(LH));
     const int right = mirror_index(x + 1, width_of(LH));
     const int above = mirror_index(y - 1, height_of(LH));

@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 
 using namespace cfa;
@@ -22,7 +22,7 @@ int32_t cfa_CalGHPWeight(const FRAME * /*raw*/, int x, int y, const FRAME *GH, c
                          const FRAME *GH_lp, const FRAME *GH_hp, const FRAME *GV_lp, const FRAME *GV_hp,
                          const FRAME *MaxRGB, const FRAME *MinRGB, const FRAME *LMax, const FRAME *RatioH,
                          const FRAME *RatioV, const FRAME * /*DirInfo*/, int32_t *gh_out, int32_t *gv_out) {
-    const int32_t ghp_thd = cfa_reg.hw.reg_cfa_ghp_thd;
+    const int32_t ghp_thd = registers().reg_cfa_ghp_thd;
     const int32_t gmax = value(MaxRGB, y, x, 1);
     const int32_t gmin = value(MinRGB, y, x, 1);
     int32_t gh = value(GH, y, x, 1);
@@ -46,8 +46,8 @@ int32_t cfa_CalGPixel(const FRAME *raw, int x, int y, const FRAME *GH, const FRA
     int32_t gv = 0;
     cfa_CalGHPWeight(raw, x, y, GH, GV, GH_lp, GH_hp, GV_lp, GV_hp, MaxRGB, MinRGB, LMax, RatioH, RatioV,
                      DirInfo, &gh, &gv);
-    const bool forced = cfa_reg.hw.reg_cfa_force_dir_enable == 1;
-    const int32_t dir = forced ? cfa_reg.hw.reg_cfa_force_dir_sel : value(DirInfo, y, x);
+    const bool forced = registers().reg_cfa_force_dir_enable == 1;
+    const int32_t dir = forced ? registers().reg_cfa_force_dir_sel : value(DirInfo, y, x);
     if (dir == 1)
         return gh;
     if (dir != 0)

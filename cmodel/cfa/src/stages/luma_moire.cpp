@@ -2,10 +2,10 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/kit/window.h"
 #include "cmodel/cfa/src/planes.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/curve.h"
 
@@ -39,8 +39,8 @@ int32_t gradient_sum(const Window<2> &gh, const Window<2> &gv) {
 
 // One channel of a removed pixel: c the pixel, l and r its neighbours, a the average colour, luma its luma.
 struct Removal {
-    int32_t lpf_w = cfa_reg.hw.reg_cfa_ymoire_lpf_w; // of 256: low-pass against the average luma
-    int32_t dc_w = cfa_reg.hw.reg_cfa_ymoire_dc_w;   // of 256: average colour against the low-passed value
+    int32_t lpf_w = registers().reg_cfa_ymoire_lpf_w; // of 256: low-pass against the average luma
+    int32_t dc_w = registers().reg_cfa_ymoire_dc_w;   // of 256: average colour against the low-passed value
 
     int32_t operator()(int32_t c, int32_t l, int32_t r, int32_t a, int32_t luma, int32_t w) const {
         const int32_t h = (r + 2 * c + l + 2) >> 2;
@@ -88,8 +88,8 @@ void cfa_LpfFrame(const FRAME *src, FRAME *dst) {
 
 int32_t cfa_CalYMoireWgt(const FRAME *gh, const FRAME *gv, const FRAME *max_lpf, const FRAME *min_lpf,
                          FRAME *wgt) {
-    const int32_t green_only = cfa_reg.hw.reg_cfa_ymoire_ref_maxg_only;
-    const int32_t noise = cfa_reg.hw.reg_cfa_ymoire_np;
+    const int32_t green_only = registers().reg_cfa_ymoire_ref_maxg_only;
+    const int32_t noise = registers().reg_cfa_ymoire_np;
     const LumaMoireCurves curves = luma_moire_curves();
     const FramePtr W1 = plane_like(wgt, wgt->type, 1, 8);
     const FramePtr W2 = plane_like(wgt, wgt->type, 1, 8);
@@ -125,7 +125,7 @@ int32_t cfa_CalYMoireWgt(const FRAME *gh, const FRAME *gv, const FRAME *max_lpf,
 
 void cfa_DeYMoire(const FRAME *rgb, const FRAME *avg, const FRAME *max_rgb, const FRAME *min_rgb,
                   const FRAME *gh, const FRAME *gv, FRAME *out) {
-    if (cfa_reg.hw.reg_cfa_ymoire_enable != 1) {
+    if (registers().reg_cfa_ymoire_enable != 1) {
         copy_to_dst(rgb, out);
         return;
     }

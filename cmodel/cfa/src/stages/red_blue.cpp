@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/window.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
 
@@ -38,8 +38,8 @@ int32_t cfa_CalRBPixel(const FRAME *raw, int x, int y, const FRAME *GH, const FR
         }
     }
 
-    const bool forced = cfa_reg.hw.reg_cfa_force_dir_enable == 1;
-    const int32_t dir = forced ? cfa_reg.hw.reg_cfa_force_dir_sel : value(DirInfo, y, x);
+    const bool forced = registers().reg_cfa_force_dir_enable == 1;
+    const int32_t dir = forced ? registers().reg_cfa_force_dir_sel : value(DirInfo, y, x);
     int32_t v = dir == 1 ? ch : cv; // vertical for 2, and for 3 when forced
     if (dir == 0) {
         int32_t w_h = 0;

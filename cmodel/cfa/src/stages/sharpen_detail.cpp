@@ -2,9 +2,9 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/window.h"
 #include "cmodel/cfa/src/planes.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 
 using namespace cfa;
@@ -52,7 +52,7 @@ int32_t sg_SelMax(const int32_t block[9]) {
 }
 
 void sg_preprocess(const FRAME *in, FRAME *out) {
-    const int32_t enable = cfa_reg.hw.reg_cfa_shpn_pre_proc_enable;
+    const int32_t enable = registers().reg_cfa_shpn_pre_proc_enable;
     Window<1> P(in);
     for (int y = 0; y < height_of(out); ++y) {
         P.move_to(y);

@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "cmodel/cfa/src/kit/fixed_point.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/planes.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cfa/src/stages.h"
 #include "log/log.h"
 
@@ -20,7 +20,7 @@ int32_t cored(int32_t v, int32_t threshold) {
 } // namespace
 
 void sharpen_gain_main_proc(const FRAME *raw, FRAME *rgb_out, FRAME *sg_out) {
-    if (cfa_reg.hw.reg_cfa_shpn_enable == 1)
+    if (registers().reg_cfa_shpn_enable == 1)
         sharpen_gain_proc(raw, rgb_out, sg_out);
     else
         sharpen_gain_bypass(sg_out);
@@ -51,10 +51,10 @@ void sharpen_gain_proc(const FRAME *raw, FRAME *rgb_out, FRAME *sg_out) {
 }
 
 void sg_coring_proc(const FRAME *MF, const FRAME *HF, FRAME *out) {
-    const int32_t threshold_hf = cfa_reg.hw.reg_cfa_shpn_core_value;
-    const int32_t threshold_mf = (threshold_hf * cfa_reg.hw.reg_cfa_shpn_mf_core_gain) >> 8;
-    const int32_t weight_hf = cfa_reg.hw.reg_cfa_shpn_hf_blend_wgt; // of 128
-    const int32_t weight_mf = cfa_reg.hw.reg_cfa_shpn_mf_blend_wgt;
+    const int32_t threshold_hf = registers().reg_cfa_shpn_core_value;
+    const int32_t threshold_mf = (threshold_hf * registers().reg_cfa_shpn_mf_core_gain) >> 8;
+    const int32_t weight_hf = registers().reg_cfa_shpn_hf_blend_wgt; // of 128
+    const int32_t weight_mf = registers().reg_cfa_shpn_mf_blend_wgt;
     for (int y = 0; y < height_of(out); ++y) {
         for (int x = 0; x < width_of(out); ++x) {
             const int32_t mf = cored(value(MF, y, x), threshold_mf);
@@ -68,9 +68,9 @@ void sg_coring_proc(const FRAME *MF, const FRAME *HF, FRAME *out) {
 }
 
 void get_sharpen_gain(const FRAME *rgb_luma, const FRAME *cored, FRAME *sg_out) {
-    const int32_t min_y = cfa_reg.hw.reg_cfa_shpn_min_y;
-    const int32_t min_gain = cfa_reg.hw.reg_cfa_shpn_min_gain;
-    const int32_t max_gain = cfa_reg.hw.reg_cfa_shpn_max_gain;
+    const int32_t min_y = registers().reg_cfa_shpn_min_y;
+    const int32_t min_gain = registers().reg_cfa_shpn_min_gain;
+    const int32_t max_gain = registers().reg_cfa_shpn_max_gain;
     for (int y = 0; y < height_of(sg_out); ++y) {
         for (int x = 0; x < width_of(sg_out); ++x) {
             const int32_t luma = std::max(value(rgb_luma, y, x), min_y);
@@ -81,11 +81,12 @@ void get_sharpen_gain(const FRAME *rgb_luma, const FRAME *cored, FRAME *sg_out) 
 }
 
 void cfa::log_sharpening_strength(int32_t gain) {
-    log_log(LOG_INFO, "cfa_hw", __LINE__, "reg_cfa_shpn_gain_value = %d", gain);
+    if (in_force().is_process)
+        log_log(LOG_INFO, "cfa_hw", __LINE__, "reg_cfa_shpn_gain_value = %d", gain);
 }
 
 void apply_sharpen_gain_rgb(FRAME *rgb_out, const FRAME *cored) {
-    const int32_t gain = cfa_reg.hw.reg_cfa_shpn_gain_value; // of 32
+    const int32_t gain = registers().reg_cfa_shpn_gain_value; // of 32
     log_sharpening_strength(gain);
     for (int y = 0; y < height_of(rgb_out); ++y) {
         for (int x = 0; x < width_of(rgb_out); ++x) {

@@ -20,7 +20,11 @@ using namespace cfa;
 
 namespace {
 
-using Way = void (*)(const char *, const OutputPaths &);
+using Way = void (*)(const char *, const OutputPaths &, Notice);
+
+void print(const char *line) {
+    std::fprintf(stderr, "%s\n", line);
+}
 
 // The log without time stamps and line numbers: a record's line is that of its call.
 std::string log_text(const std::string &path) {
@@ -56,7 +60,7 @@ struct Bench : FreshRegisters {
         const Outcome outcome = run_child(
             [&] {
                 log_add_fp(std::fopen((folder / "log").c_str(), "a"), 0);
-                way(raw.c_str(), {rgb.c_str(), dc.c_str(), gain.c_str()});
+                way(raw.c_str(), {rgb.c_str(), dc.c_str(), gain.c_str()}, print);
             },
             timeout_ms);
         return {outcome, log_text(folder / "log"), bytes(rgb), bytes(dc), bytes(gain)};
@@ -205,7 +209,7 @@ TEST_CASE_FIXTURE(Bench, "a regular picture needs 2 bytes a pixel, 2 more for a 
             rusage usage;
             getrusage(RUSAGE_SELF, &usage);
             const long before = usage.ru_maxrss;
-            way(raw.c_str(), {"/dev/null", "/dev/null", "/dev/null"});
+            way(raw.c_str(), {"/dev/null", "/dev/null", "/dev/null"}, print);
             getrusage(RUSAGE_SELF, &usage);
             std::printf("%ld", (usage.ru_maxrss - before) * 1024 / 3000000);
         });
