@@ -2,6 +2,7 @@
 #include "cmodel/cfa/src/cfa_model.h"
 
 #include "cmodel/cfa/src/kit/register_groups.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 
 namespace cfa {
@@ -45,6 +46,7 @@ void cfa_model(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
 
     const FramePtr YMoire = three(12, FRAME_TYPE_IMG);
     cfa_DeYMoire(cfa_RGB.get(), AvgRGB.get(), MaxRGB.get(), MinRGB.get(), GH.get(), GV.get(), YMoire.get());
+    give_plane("YMoire", YMoire.get());
 
     const FramePtr cdist_wt = one(16, FRAME_TYPE_IMG), edge_wt = one(16, FRAME_TYPE_IMG);
     cfa_CalColorMoireSts(AvgRGB.get(), GH.get(), GV.get(), cdist_wt.get(), edge_wt.get());
@@ -55,13 +57,18 @@ void cfa_model(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
     const FramePtr CMOut = three(12, source);
     cfa_DeColorMoire(YMoire.get(), CMOut.get(), pd_wt.get(), cdist_wt.get(), edge_wt.get());
 
+    give_plane("CMOut", CMOut.get());
     copy_to_dst(CMOut.get(), out_rgb);
 
     const FramePtr MaxRGB1 = one(12, FRAME_TYPE_IMG);
     gen_MaxRGB_1ch(MaxRGB.get(), MaxRGB1.get());
+    give_plane("MaxRGB1", MaxRGB1.get());
     gen_dst_dc(MaxRGB1.get(), out_dc);
+    give_plane("out_dc", out_dc);
 
     sharpen_gain_main_proc(raw, out_rgb, out_sg);
+    give_plane("out_sg", out_sg);
+    give_plane("out_rgb", out_rgb);
 }
 
 } // namespace cfa

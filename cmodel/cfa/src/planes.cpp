@@ -1,10 +1,10 @@
 #include "cmodel/cfa/src/planes.h"
 
-#include <algorithm>
 #include <cassert>
 #include <cstring>
 
 #include "cmodel/cfa/src/kit/debug_image.h"
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/common/ppm.h"
 
 namespace cfa {
@@ -14,85 +14,98 @@ using enum Shown;
 
 // clang-format off
 constexpr PlaneInfo LIST[] = {
-    {"AvgRGB", "cfa_CalAvg", "u12", "smooth local average of all three colours",
-     {"dbg_img_AvgRGB.ppm", magnitude, 3, 12}},
-    {"GH", "cfa_CalPredictPixel", "u12", "green of the candidate that interpolates along the row",
-     {"dbg_img_GH.ppm", magnitude, 1, 12}},
-    {"GV", "cfa_CalPredictPixel", "u12", "green of the candidate that interpolates along the column",
-     {"dbg_img_GV.ppm", magnitude, 1, 12}},
+    {"AvgRGB", "cfa_CalAvg", 3, "u12", "cfa_CalDirectionInfo cfa_DeYMoire cfa_CalColorMoireSts",
+     "smooth local average of all three colours", {"dbg_img_AvgRGB.ppm", magnitude, 3, 12}},
+    {"GH", "cfa_CalPredictPixel", 3, "u12", "cfa_CalVarOfColorDiffAtG cfa_CalVarOfColorDiffAtRB cfa_CalRGB cfa_DeYMoire cfa_CalColorMoireSts cfa_CalPhaseDifference",
+     "candidate picture that interpolates green along the row", {"dbg_img_GH.ppm", magnitude, 1, 12}},
+    {"GV", "cfa_CalPredictPixel", 3, "u12", "cfa_CalVarOfColorDiffAtG cfa_CalVarOfColorDiffAtRB cfa_CalRGB cfa_DeYMoire cfa_CalColorMoireSts cfa_CalPhaseDifference",
+     "candidate picture that interpolates green along the column", {"dbg_img_GV.ppm", magnitude, 1, 12}},
     // Kept: selector 1 on a one-channel plane shows the plane shifted left by one sample.
-    {"GH_lp", "cfa_CalPredictPixel", "u12", "green average along the row",
-     {"dbg_img_GH_lp.ppm", magnitude, 1, 12}},
-    {"GV_lp", "cfa_CalPredictPixel", "u12", "green average along the column",
-     {"dbg_img_GV_lp.ppm", magnitude, 1, 12}},
-    {"MaxRGB", "cfa_CalPredictPixel", "u12", "local maximum of each colour",
-     {"dbg_img_MaxRGB.ppm", magnitude, 0, 12}},
-    {"MinRGB", "cfa_CalPredictPixel", "u12", "local minimum of each colour",
-     {"dbg_img_MinRGB.ppm", magnitude, 0, 12}},
-    {"LH", "cfa_CalClassifier", "0..32767", "activity along the row",
-     {"dbg_img_LH.ppm", magnitude, 0, 12}},
-    {"LV", "cfa_CalClassifier", "0..32767", "activity along the column",
-     {"dbg_img_LV.ppm", magnitude, 0, 12}},
-    {"LMax", "cfa_CalClassifier", "0..32767", "the larger of the two activities",
-     {"dbg_img_LMax.ppm", magnitude, 0, 12}},
-    {"AHDiff", "cfa_CalVarOfColorDiffAtG", "u12", "|blue - green| of the row candidate",
-     {"dbg_img_AHDiff.ppm", magnitude, 0, 12}},
-    {"AVDiff", "cfa_CalVarOfColorDiffAtG", "u12", "|blue - green| of the column candidate",
-     {"dbg_img_AVDiff.ppm", magnitude, 0, 12}},
-    {"CHDiff", "cfa_CalVarOfColorDiffAtG", "u12", "|red - green| of the row candidate",
-     {"dbg_img_CHDiff.ppm", magnitude, 0, 12}},
-    {"CVDiff", "cfa_CalVarOfColorDiffAtG", "u12", "|red - green| of the column candidate",
-     {"dbg_img_CVDiff.ppm", magnitude, 0, 12}},
+    {"GH_lp", "cfa_CalPredictPixel", 1, "u12", "cfa_CalRGB",
+     "green average along the row", {"dbg_img_GH_lp.ppm", magnitude, 1, 12}},
+    {"GH_hp", "cfa_CalPredictPixel", 1, "s13", "cfa_CalRGB",
+     "correction of the own colour along the row; 0 at green sites", {}},
+    {"GV_lp", "cfa_CalPredictPixel", 1, "u12", "cfa_CalRGB",
+     "green average along the column", {"dbg_img_GV_lp.ppm", magnitude, 1, 12}},
+    {"GV_hp", "cfa_CalPredictPixel", 1, "s13", "cfa_CalRGB",
+     "correction of the own colour along the column; 0 at green sites", {}},
+    {"MaxRGB", "cfa_CalPredictPixel", 3, "u12", "cfa_CalRGB cfa_DeYMoire gen_MaxRGB_1ch",
+     "local maximum of each colour", {"dbg_img_MaxRGB.ppm", magnitude, 0, 12}},
+    {"MinRGB", "cfa_CalPredictPixel", 3, "u12", "cfa_CalRGB cfa_DeYMoire",
+     "local minimum of each colour", {"dbg_img_MinRGB.ppm", magnitude, 0, 12}},
+    {"LH", "cfa_CalClassifier", 1, "0..32767", "cfa_CalDirectionInfo",
+     "activity along the row", {"dbg_img_LH.ppm", magnitude, 0, 12}},
+    {"LV", "cfa_CalClassifier", 1, "0..32767", "cfa_CalDirectionInfo",
+     "activity along the column", {"dbg_img_LV.ppm", magnitude, 0, 12}},
+    {"LMax", "cfa_CalClassifier", 1, "0..32767", "cfa_CalRGB",
+     "the larger of the two activities", {"dbg_img_LMax.ppm", magnitude, 0, 12}},
+    {"RatioH", "cfa_CalClassifier", 1, "Q12, 0..4095", "cfa_CalRGB",
+     "green over own colour along the row; 0 at green sites", {}},
+    {"RatioV", "cfa_CalClassifier", 1, "Q12, 0..4095", "cfa_CalRGB",
+     "green over own colour along the column; 0 at green sites", {}},
+    {"AHDiff", "cfa_CalVarOfColorDiffAtG", 1, "u12", "cfa_CalVarOfColorDiffAtG",
+     "|blue - green| of the row candidate", {"dbg_img_AHDiff.ppm", magnitude, 0, 12}},
+    {"AVDiff", "cfa_CalVarOfColorDiffAtG", 1, "u12", "cfa_CalVarOfColorDiffAtG",
+     "|blue - green| of the column candidate", {"dbg_img_AVDiff.ppm", magnitude, 0, 12}},
+    {"CHDiff", "cfa_CalVarOfColorDiffAtG", 1, "u12", "cfa_CalVarOfColorDiffAtG",
+     "|red - green| of the row candidate", {"dbg_img_CHDiff.ppm", magnitude, 0, 12}},
+    {"CVDiff", "cfa_CalVarOfColorDiffAtG", 1, "u12", "cfa_CalVarOfColorDiffAtG",
+     "|red - green| of the column candidate", {"dbg_img_CVDiff.ppm", magnitude, 0, 12}},
     // Kept: shown before red and blue sites are filled: those are 0 in the image.
-    {"SigH", "cfa_CalVarOfColorDiffAtG", "0..131071", "colour-difference variance along the row",
-     {"dbg_img_SigH.ppm", magnitude, 0, 24}},
-    {"SigV", "cfa_CalVarOfColorDiffAtG", "0..131071", "colour-difference variance along the column",
-     {"dbg_img_SigV.ppm", magnitude, 0, 24}},
+    {"SigH", "cfa_CalVarOfColorDiffAtRB", 1, "0..131071", "cfa_CalDirectionInfo cfa_CalRGB",
+     "colour-difference variance along the row", {"dbg_img_SigH.ppm", magnitude, 0, 24}},
+    {"SigV", "cfa_CalVarOfColorDiffAtRB", 1, "0..131071", "cfa_CalDirectionInfo cfa_CalRGB",
+     "colour-difference variance along the column", {"dbg_img_SigV.ppm", magnitude, 0, 24}},
     // Kept: depth 12 for a plane of 8 bits.
-    {"DirInfo", "cfa_CalDirectionInfo", "0..2", "direction of interpolation: 0 blend, 1 horizontal, 2 vertical",
-     {"dbg_img_DirInfo.ppm", magnitude, 0, 12}},
-    {"cfa_RGB", "cfa_CalRGB", "u12", "the demosaiced picture before moire removal",
-     {"dbg_img_cfa_RGB.ppm", magnitude, 3, 12}},
-    {"MaxRGB_lpf", "cfa_DeYMoire", "u12", "local maximum of each colour, low-passed",
-     {"dbg_img_MaxRGB_lpf.ppm", magnitude, 0, 12}},
-    {"MinRGB_lpf", "cfa_DeYMoire", "u12", "local minimum of each colour, low-passed",
-     {"dbg_img_MinRGB_lpf.ppm", magnitude, 0, 12}},
-    {"MoireWgt_W1", "cfa_CalYMoireWgt", "u8, 256 is 1.0", "detail weight of the luma moire",
-     {"dbg_img_MoireWgt_W1.ppm", low_bits, 0, 8}},
-    {"MoireWgt_W2", "cfa_CalYMoireWgt", "u8, 256 is 1.0", "edge weight of the luma moire",
-     {"dbg_img_MoireWgt_img_W2.ppm", low_bits, 0, 8}},
-    {"MoireWgt", "cfa_CalYMoireWgt", "u8, 256 is 1.0", "weight of the luma-moire removal",
-     {"dbg_img_MoireWgt.ppm", magnitude, 0, 8}},
+    {"DirInfo", "cfa_CalDirectionInfo", 1, "0..2", "cfa_CalRGB",
+     "direction of interpolation: 0 blend, 1 horizontal, 2 vertical", {"dbg_img_DirInfo.ppm", magnitude, 0, 12}},
+    {"cfa_RGB", "cfa_CalRGB", 3, "u12", "cfa_DeYMoire",
+     "the demosaiced picture before moire removal", {"dbg_img_cfa_RGB.ppm", magnitude, 3, 12}},
+    {"MaxRGB_lpf", "cfa_DeYMoire", 3, "u12", "cfa_CalYMoireWgt",
+     "local maximum of each colour, low-passed", {"dbg_img_MaxRGB_lpf.ppm", magnitude, 0, 12}},
+    {"MinRGB_lpf", "cfa_DeYMoire", 3, "u12", "cfa_CalYMoireWgt",
+     "local minimum of each colour, low-passed", {"dbg_img_MinRGB_lpf.ppm", magnitude, 0, 12}},
+    {"MoireWgt_W1", "cfa_CalYMoireWgt", 1, "u8, 256 is 1.0", "cfa_CalYMoireWgt",
+     "detail weight of the luma moire", {"dbg_img_MoireWgt_W1.ppm", low_bits, 0, 8}},
+    {"MoireWgt_W2", "cfa_CalYMoireWgt", 1, "u8, 256 is 1.0", "cfa_CalYMoireWgt",
+     "edge weight of the luma moire", {"dbg_img_MoireWgt_img_W2.ppm", low_bits, 0, 8}},
+    {"MoireWgt", "cfa_CalYMoireWgt", 1, "u8, 256 is 1.0", "cfa_DeYMoire",
+     "weight of the luma-moire removal", {"dbg_img_MoireWgt.ppm", magnitude, 0, 8}},
     // Kept: 12-bit values at depth 8, limited to 255; the three weights below likewise.
-    {"YMoire", "cfa_DeYMoire", "u12", "the picture after luma-moire removal",
-     {"dbg_img_YMoire.ppm", magnitude, 3, 8}},
-    {"cdist_wt", "cfa_CalColorMoireSts", "u12", "how far a pixel may lose its colour: saturation and protected hues",
-     {"dbg_img_afc_CDIST_WT.ppm", magnitude, 0, 8}},
-    {"edge_wt", "cfa_CalColorMoireSts", "u12", "spread of the directional responses",
-     {"dbg_img_afc_edge_STD_WT.ppm", magnitude, 0, 8}},
-    {"pd_wt", "cfa_CalPhaseDifference", "u12", "phase difference of the two green candidates",
-     {"dbg_img_afc_PD_WT.ppm", magnitude, 0, 8}},
-    {"bayer_luma", "sg_get_bayer_luma", "u12", "luma of the mosaic",
-     {"dbg_sg_bayer_luma.ppm", low_bits, 0, 12}},
-    {"rgb_luma", "sg_get_rgb_luma", "u12", "luma of the demosaiced picture",
-     {"dbg_sg_rgb_luma.ppm", low_bits, 0, 12}},
-    {"spike_removed", "sg_preprocess", "u12", "luma of the mosaic without spikes",
-     {"dbg_sg_spike_remove.ppm", low_bits, 0, 12}},
-    {"HF", "sg_get_dalta_HF", "s13", "high-frequency detail",
-     {"dbg_sg_dalta_HF_4x_8b.ppm", signed_map, 0, 8}},
-    {"lpf", "sg_get_bayer_luma_lpf", "u12", "luma of the mosaic, low-passed",
-     {"dbg_sg_bayer_luma_lpf.ppm", low_bits, 0, 12}},
-    {"MF", "sg_get_delta_MF", "s13", "medium-frequency detail",
-     {"dbg_sg_dalta_MF_4x_8b.ppm", signed_map, 0, 8}},
-    {"detail", "sg_coring_proc", "s13", "the detail that is left after coring",
-     {"dbg_sg_delta_core_4x_8b.ppm", signed_map, 0, 8}},
+    {"YMoire", "cfa_DeYMoire", 3, "u12", "cfa_DeColorMoire",
+     "the picture after luma-moire removal", {"dbg_img_YMoire.ppm", magnitude, 3, 8}},
+    {"cdist_wt", "cfa_CalColorMoireSts", 1, "u12", "cfa_DeColorMoire",
+     "how far a pixel may lose its colour: saturation and protected hues", {"dbg_img_afc_CDIST_WT.ppm", magnitude, 0, 8}},
+    {"edge_wt", "cfa_CalColorMoireSts", 1, "u12", "cfa_DeColorMoire",
+     "spread of the directional responses", {"dbg_img_afc_edge_STD_WT.ppm", magnitude, 0, 8}},
+    {"pd_wt", "cfa_CalPhaseDifference", 1, "u12", "cfa_DeColorMoire",
+     "phase difference of the two green candidates", {"dbg_img_afc_PD_WT.ppm", magnitude, 0, 8}},
+    {"CMOut", "cfa_DeColorMoire", 3, "u12", "copy_to_dst",
+     "the picture after colour-moire removal, before sharpening", {}},
+    {"MaxRGB1", "gen_MaxRGB_1ch", 1, "u12", "gen_dst_dc",
+     "local maximum of all three colours", {}},
+    {"out_dc", "gen_dst_dc", 1, "u12", "",
+     "DC output: low-passed local maximum of the three colours", {}},
+    {"bayer_luma", "sg_get_bayer_luma", 1, "u12", "sg_preprocess sg_get_bayer_luma_lpf",
+     "luma of the mosaic", {"dbg_sg_bayer_luma.ppm", low_bits, 0, 12}},
+    {"rgb_luma", "sg_get_rgb_luma", 1, "u12", "sg_get_dalta_HF get_sharpen_gain",
+     "luma of the demosaiced picture", {"dbg_sg_rgb_luma.ppm", low_bits, 0, 12}},
+    {"spike_removed", "sg_preprocess", 1, "u12", "sg_get_dalta_HF sg_get_delta_MF",
+     "luma of the mosaic without spikes", {"dbg_sg_spike_remove.ppm", low_bits, 0, 12}},
+    {"HF", "sg_get_dalta_HF", 1, "s13", "sg_coring_proc",
+     "high-frequency detail", {"dbg_sg_dalta_HF_4x_8b.ppm", signed_map, 0, 8}},
+    {"lpf", "sg_get_bayer_luma_lpf", 1, "u12", "sg_get_delta_MF",
+     "luma of the mosaic, low-passed", {"dbg_sg_bayer_luma_lpf.ppm", low_bits, 0, 12}},
+    {"MF", "sg_get_delta_MF", 1, "s13", "sg_coring_proc",
+     "medium-frequency detail", {"dbg_sg_dalta_MF_4x_8b.ppm", signed_map, 0, 8}},
+    {"cored", "sg_coring_proc", 1, "s13", "get_sharpen_gain apply_sharpen_gain_rgb",
+     "the detail that is left after coring", {"dbg_sg_delta_core_4x_8b.ppm", signed_map, 0, 8}},
+    {"out_sg", "sharpen_gain_main_proc", 1, "u12, 1024 is 1.0", "",
+     "sharpen-gain output", {}},
+    {"out_rgb", "sharpen_gain_main_proc", 3, "u12", "",
+     "RGB output: demosaiced, moire removed, detail added", {}},
 };
 // clang-format on
-
-const PlaneInfo *find_plane(const char *name) {
-    return std::find_if(std::begin(LIST), std::end(LIST),
-                        [name](const PlaneInfo &plane) { return std::strcmp(plane.name, name) == 0; });
-}
 
 } // namespace
 
@@ -100,13 +113,33 @@ std::span<const PlaneInfo> planes() {
     return LIST;
 }
 
+const PlaneInfo *find_plane(const char *name) {
+    for (const PlaneInfo &plane : LIST)
+        if (std::strcmp(plane.name, name) == 0)
+            return &plane;
+    return nullptr;
+}
+
+void publish_plane(const char *name, const FRAME *plane) {
+    write_debug_image(name, plane);
+    give_plane(name, plane);
+}
+
+void give_plane(const char *name, const FRAME *plane) {
+    PlaneTaker *const taker = in_force().planes;
+    if (taker != nullptr)
+        taker->take(*find_plane(name), plane);
+}
+
 void write_debug_image(const char *name, const FRAME *plane) {
     if (!debug_images_wanted())
         return;
     const PlaneInfo *const info = find_plane(name);
-    assert(info != std::end(LIST));
+    assert(info != nullptr);
     const std::string path = debug_path_of(info->image.file);
     switch (info->image.shown) {
+    case nothing:
+        break;
     case magnitude:
         dump_magnitudes(plane, info->image.channel, 1, info->image.bit_depth, path);
         break;

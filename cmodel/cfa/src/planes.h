@@ -1,4 +1,5 @@
-// The one list of the block's planes: what each holds, which stage makes it, how its debug image shows it.
+// The one list of the block's planes: what each holds, which stage makes it, which read it, how its debug
+// image shows it.
 #pragma once
 
 #include <span>
@@ -9,31 +10,49 @@ namespace cfa {
 
 /// What a debug image shows of a sample.
 enum class Shown {
+    nothing,    // the plane has no debug image
     magnitude,  // |sample|, limited to the depth of the image
     low_bits,   // the low bits as they are
     signed_map, // a quarter of |sample|, at most 255: red above zero, green below
 };
 
 struct DebugImage {
-    const char *file;
-    Shown shown;
-    int channel;        // 0 to 2, or 3 for all three
-    uint32_t bit_depth; // of the image
+    const char *file = "";
+    Shown shown = Shown::nothing;
+    int channel = 0;        // 0 to 2, or 3 for all three
+    uint32_t bit_depth = 0; // of the image
 };
 
 struct PlaneInfo {
     const char *name;
-    const char *stage;  // the function that makes it
-    const char *format; // of its samples at regular input
-    const char *shows;  // one line
+    const char *stage;   // the function that makes it
+    int channels;        // 1, or 3 interleaved: red, green, blue
+    const char *format;  // of its samples at regular input: u12, s13, 0..32767
+    const char *readers; // the functions that read it, a blank between; "" for an output
+    const char *shows;   // one line
     DebugImage image;
 };
 
-/// All planes that have a debug image, in pipeline order: each behind everything it is computed from.
+/// All planes between the input and the outputs, and the outputs, in pipeline order: each behind everything
+/// it is computed from.
 std::span<const PlaneInfo> planes();
 
-/// Writes the debug image of a plane that a stage has made, if debug images are asked for.
-/// REQUIRES the name to be in the list.
+/// The plane of this name, or null.
+const PlaneInfo *find_plane(const char *name);
+
+/// Gets planes as the stages make them: every sample as it is, 32 bits, all channels.
+class PlaneTaker {
+  public:
+    virtual ~PlaneTaker() = default;
+    virtual void take(const PlaneInfo &info, const FRAME *plane) = 0;
+};
+
+/// What a stage does with a plane that is complete: writes its debug image, if debug images are asked for,
+/// and gives it to the taker in force, if there is one. REQUIRES the name to be in the list.
+void publish_plane(const char *name, const FRAME *plane);
+
+// The two halves, for planes whose image is written before they are complete, or only with a feature on.
 void write_debug_image(const char *name, const FRAME *plane);
+void give_plane(const char *name, const FRAME *plane);
 
 } // namespace cfa

@@ -12,8 +12,8 @@ const InForce &in_force() {
     return *current;
 }
 
-BoundRegisters::BoundRegisters(const CfaReg &cfa, const CmodelTopReg &top)
-    : own_{&cfa, &top, false}, before_(current) {
+BoundRegisters::BoundRegisters(const CfaReg &cfa, const CmodelTopReg &top, PlaneTaker *planes)
+    : own_{&cfa, &top, planes, false}, before_(current) {
     current = &own_;
 }
 

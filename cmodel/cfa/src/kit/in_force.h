@@ -6,12 +6,15 @@
 
 namespace cfa {
 
+class PlaneTaker;
+
 /// The registers that the functions of the block read: the process-wide blocks, unless the thread has bound
 /// others.
 struct InForce {
     const CfaReg *cfa = &cfa_reg;
     const CmodelTopReg *top = &cmodel_top_reg;
-    bool is_process = true; // the process's own run, which logs and writes debug images
+    PlaneTaker *planes = nullptr; // gets the planes, if not null
+    bool is_process = true;       // the process's own run, which logs and writes debug images
 };
 
 const InForce &in_force();
@@ -22,10 +25,10 @@ inline const CfaRegHw &registers() {
 }
 
 /// Binds a block's own registers for this thread as long as the object lives: nothing process-wide is read
-/// then, nothing logged, no debug image written.
+/// then, nothing logged, no debug image written. Planes go to `planes`, which may be null.
 class BoundRegisters {
   public:
-    BoundRegisters(const CfaReg &cfa, const CmodelTopReg &top);
+    BoundRegisters(const CfaReg &cfa, const CmodelTopReg &top, PlaneTaker *planes);
     ~BoundRegisters();
     BoundRegisters(const BoundRegisters &) = delete;
     BoundRegisters &operator=(const BoundRegisters &) = delete;

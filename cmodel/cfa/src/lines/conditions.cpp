@@ -14,6 +14,8 @@ const char *cfa_lines_excludes(uint32_t width, uint32_t height) {
     // A debug image shows a whole plane; the engine has none.
     if (debug_images_wanted())
         return "debug images";
+    if (in_force().planes != nullptr)
+        return "planes that are kept";
     // A single reflection must stay inside the picture, as for the model: three
     // columns and two rows reach over.
     if (width < 4 || height < 3)

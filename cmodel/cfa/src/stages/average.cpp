@@ -66,5 +66,5 @@ void cfa_CalAvg(const FRAME *raw, FRAME *AvgRGB, uint32_t bayer_id) {
             sample(AvgRGB, y, x, 2) = avg.b;
         }
     }
-    write_debug_image("AvgRGB", AvgRGB);
+    publish_plane("AvgRGB", AvgRGB);
 }

@@ -83,7 +83,9 @@ void cfa_CalClassifier(const FRAME *raw, FRAME *LH, FRAME *LV, FRAME *LMax, FRAM
             sample(RatioV, y, x) = red_blue ? ratio_along_column(P) : 0;
         }
     }
-    write_debug_image("LH", LH);
-    write_debug_image("LV", LV);
-    write_debug_image("LMax", LMax);
+    publish_plane("LH", LH);
+    publish_plane("LV", LV);
+    publish_plane("LMax", LMax);
+    give_plane("RatioH", RatioH);
+    give_plane("RatioV", RatioV);
 }

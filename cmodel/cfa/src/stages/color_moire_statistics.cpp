@@ -7,6 +7,7 @@
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/curve.h"
 
@@ -126,4 +127,6 @@ void cfa_CalColorMoireSts(const FRAME *avg, const FRAME *gh, const FRAME *gv, FR
             sample(edge_wt, y, x) = edge_spread_weight(Responses(kernels, GH, GV), green, curves.edge);
         }
     }
+    give_plane("cdist_wt", cdist_wt);
+    give_plane("edge_wt", edge_wt);
 }

@@ -139,5 +139,5 @@ void cfa_CalDirectionInfo(const FRAME *raw, const FRAME *AvgRGB, const FRAME *LH
                 cal_dir_at_rb(x, y, LH, LV, SigH, SigV, DirInfo);
         }
     }
-    write_debug_image("DirInfo", DirInfo);
+    publish_plane("DirInfo", DirInfo);
 }

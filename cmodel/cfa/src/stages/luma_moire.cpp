@@ -118,8 +118,8 @@ int32_t cfa_CalYMoireWgt(const FRAME *gh, const FRAME *gv, const FRAME *max_lpf,
             sample(W2.get(), y, x) = std::min(w2, 255);
         }
     }
-    write_debug_image("MoireWgt_W1", W1.get());
-    write_debug_image("MoireWgt_W2", W2.get());
+    publish_plane("MoireWgt_W1", W1.get());
+    publish_plane("MoireWgt_W2", W2.get());
     return 0;
 }
 
@@ -132,10 +132,10 @@ void cfa_DeYMoire(const FRAME *rgb, const FRAME *avg, const FRAME *max_rgb, cons
     const FramePtr MaxRGB_lpf = low_passed(max_rgb);
     const FramePtr MinRGB_lpf = low_passed(min_rgb);
     const FramePtr MoireWgt = plane_like(rgb, rgb->type, 1, 8);
-    write_debug_image("MaxRGB_lpf", MaxRGB_lpf.get());
-    write_debug_image("MinRGB_lpf", MinRGB_lpf.get());
+    publish_plane("MaxRGB_lpf", MaxRGB_lpf.get());
+    publish_plane("MinRGB_lpf", MinRGB_lpf.get());
     cfa_CalYMoireWgt(gh, gv, MaxRGB_lpf.get(), MinRGB_lpf.get(), MoireWgt.get());
-    write_debug_image("MoireWgt", MoireWgt.get());
+    publish_plane("MoireWgt", MoireWgt.get());
 
     remove(rgb, avg, MoireWgt.get(), out);
     write_debug_image("YMoire", out);

@@ -3,6 +3,7 @@
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/curve.h"
 
@@ -55,4 +56,5 @@ void cfa_CalPhaseDifference(const FRAME *raw, const FRAME *gh, const FRAME *gv, 
             sample(pd_wt, y, x) = CM_LUT3_CLIP(norm2(a, b), c.x0, c.y0, c.y1, c.slope, 10);
         }
     }
+    give_plane("pd_wt", pd_wt);
 }

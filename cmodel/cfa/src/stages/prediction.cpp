@@ -141,10 +141,12 @@ void cfa_CalPredictPixel(const FRAME *raw, FRAME *GH, FRAME *GV, FRAME *GH_lp, F
     predict_red_blue(raw, GH, bayer_id);
     predict_red_blue(raw, GV, bayer_id);
 
-    write_debug_image("GH", GH);
-    write_debug_image("GV", GV);
-    write_debug_image("GH_lp", GH_lp);
-    write_debug_image("GV_lp", GV_lp);
-    write_debug_image("MaxRGB", MaxRGB);
-    write_debug_image("MinRGB", MinRGB);
+    publish_plane("GH", GH);
+    publish_plane("GV", GV);
+    publish_plane("GH_lp", GH_lp);
+    publish_plane("GV_lp", GV_lp);
+    give_plane("GH_hp", GH_hp);
+    give_plane("GV_hp", GV_hp);
+    publish_plane("MaxRGB", MaxRGB);
+    publish_plane("MinRGB", MinRGB);
 }

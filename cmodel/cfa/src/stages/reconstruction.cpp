@@ -38,5 +38,5 @@ void cfa_CalRGB(const FRAME *raw, FRAME *rgb_out, const FRAME *GH, const FRAME *
             sample(rgb_out, y, x, 2) = b;
         }
     }
-    write_debug_image("cfa_RGB", rgb_out);
+    publish_plane("cfa_RGB", rgb_out);
 }

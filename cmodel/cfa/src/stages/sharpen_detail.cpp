@@ -21,12 +21,12 @@ void subtract(const FRAME *a, const FRAME *b, FRAME *out) {
 
 void sg_get_bayer_luma(const FRAME *raw, FRAME *out) {
     gen_dst_dc(raw, out); // the binomial mixes the four colours of the mosaic into a luma
-    write_debug_image("bayer_luma", out);
+    publish_plane("bayer_luma", out);
 }
 
 void sg_get_bayer_luma_lpf(const FRAME *bayer_luma, FRAME *out) {
     gen_dst_dc(bayer_luma, out);
-    write_debug_image("lpf", out);
+    publish_plane("lpf", out);
 }
 
 void sg_get_rgb_luma(const FRAME *rgb, FRAME *out) {
@@ -34,7 +34,7 @@ void sg_get_rgb_luma(const FRAME *rgb, FRAME *out) {
         for (int x = 0; x < width_of(out); ++x)
             sample(out, y, x) =
                 std::min(4095, (value(rgb, y, x, 2) + 2 * value(rgb, y, x, 1) + value(rgb, y, x, 0)) >> 2);
-    write_debug_image("rgb_luma", out);
+    publish_plane("rgb_luma", out);
 }
 
 int32_t sg_SelMin(const int32_t block[9]) {
@@ -64,15 +64,15 @@ void sg_preprocess(const FRAME *in, FRAME *out) {
             sample(out, y, x) = enable == 1 ? limited : P(0, 0);
         }
     }
-    write_debug_image("spike_removed", out);
+    publish_plane("spike_removed", out);
 }
 
 void sg_get_dalta_HF(const FRAME *rgb_luma, const FRAME *spike_removed, FRAME *out) {
     subtract(rgb_luma, spike_removed, out);
-    write_debug_image("HF", out);
+    publish_plane("HF", out);
 }
 
 void sg_get_delta_MF(const FRAME *spike_removed, const FRAME *lpf, FRAME *out) {
     subtract(spike_removed, lpf, out);
-    write_debug_image("MF", out);
+    publish_plane("MF", out);
 }

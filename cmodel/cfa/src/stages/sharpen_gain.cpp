@@ -64,7 +64,7 @@ void sg_coring_proc(const FRAME *MF, const FRAME *HF, FRAME *out) {
             sample(out, y, x) = s < 0 ? -size : size;
         }
     }
-    write_debug_image("detail", out);
+    publish_plane("cored", out);
 }
 
 void get_sharpen_gain(const FRAME *rgb_luma, const FRAME *cored, FRAME *sg_out) {

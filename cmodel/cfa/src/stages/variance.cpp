@@ -75,8 +75,8 @@ void cfa_CalVarOfColorDiffAtG(const FRAME *raw, const FRAME *GH, const FRAME *GV
     }
     write_debug_image("SigH", SigH);
     write_debug_image("SigV", SigV);
-    write_debug_image("AHDiff", AHDiff.get());
-    write_debug_image("AVDiff", AVDiff.get());
-    write_debug_image("CHDiff", CHDiff.get());
-    write_debug_image("CVDiff", CVDiff.get());
+    publish_plane("AHDiff", AHDiff.get());
+    publish_plane("AVDiff", AVDiff.get());
+    publish_plane("CHDiff", CHDiff.get());
+    publish_plane("CVDiff", CVDiff.get());
 }

@@ -1,6 +1,7 @@
 // Colour-difference variance at red and blue sites.
 #include "cmodel/cfa/src/kit/fixed_point.h"
 #include "cmodel/cfa/src/kit/window.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 #include "cmodel/common/color_id.h"
 
@@ -99,4 +100,6 @@ void cfa_CalVarOfColorDiffAtRB(const FRAME *raw, const FRAME *GH, const FRAME *G
             sample(SigV, y, x) = measure([&dv](int along, int across) { return dv(along, across); });
         }
     }
+    give_plane("SigH", SigH);
+    give_plane("SigV", SigV);
 }
