@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <string>
 #include <utility>
@@ -139,9 +140,11 @@ class ShortLine {
     Field value_{42, ""};
 };
 
+using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
+
 struct Source {
     std::FILE *stream;
-    bool first_line = true;
+    int &line; // the number of lines read
     bool no_memory = false;
 };
 
@@ -149,7 +152,7 @@ struct Source {
 // REQUIRES size >= 128: a short line has at most 127 characters.
 char *read_line(char *line, int size, Source &source) {
     const size_t room = static_cast<size_t>(size) - 1;
-    ShortLine short_line(source.first_line);
+    ShortLine short_line(source.line == 0);
     size_t length = 0;
     bool ended = false; // by a NUL: the parser sees no further
     int c = std::getc(source.stream);
@@ -164,7 +167,7 @@ char *read_line(char *line, int size, Source &source) {
         if (!ended)
             short_line.add(character);
     }
-    source.first_line = false;
+    ++source.line;
     if (length > room) {
         const std::string text = short_line.text();
         length = std::min(text.size(), room);
@@ -194,9 +197,25 @@ int ini_load_file(const char *path, IniHandler handler, void *user) {
             allocation_error();
         return -1;
     }
-    Source source{stream};
+    const Stream closed(stream, std::fclose);
+    return ini_load_stream(stream, handler, user);
+}
+
+int ini_load_text(const char *text, size_t length, IniHandler handler, void *user, int *line) {
+    // Opened for reading alone, the text is not written to. An empty one cannot be opened everywhere.
+    const Stream stream(length == 0 ? std::fopen("/dev/null", "r")
+                                    : fmemopen(const_cast<char *>(text), length, "r"),
+                        std::fclose);
+    if (stream == nullptr)
+        allocation_error();
+    return ini_load_stream(stream.get(), handler, user, line);
+}
+
+int ini_load_stream(std::FILE *stream, IniHandler handler, void *user, int *line) {
+    int ignored = 0;
+    Source source{.stream = stream, .line = line != nullptr ? *line : ignored};
+    source.line = 0;
     const int result = ini_parse_stream(read_line_for_parser, &source, handler, user);
-    std::fclose(stream);
     if (source.no_memory)
         allocation_error();
     return result;

@@ -1,6 +1,9 @@
 // INI files of any line length, through the INI parser library.
 #pragma once
 
+#include <cstddef>
+#include <cstdio>
+
 namespace cfa {
 
 /// Called once per name/value line with the section in force; returns non-zero on success.
@@ -11,5 +14,12 @@ using IniHandler = int (*)(void *user, const char *section, const char *key, con
 /// than the parser's buffer reaches the handler with the same section and a value that converts to the same
 /// integer. Its key is cut after 80 characters, and loses leading zeros if it starts with a number.
 int ini_load_file(const char *path, IniHandler handler, void *user);
+
+/// The same on a text in memory, which may be of any bytes. `line`, if not null, holds the number of the line
+/// whenever the handler is called.
+int ini_load_text(const char *text, size_t length, IniHandler handler, void *user, int *line = nullptr);
+
+/// The same on an open stream, which stays open.
+int ini_load_stream(std::FILE *stream, IniHandler handler, void *user, int *line = nullptr);
 
 } // namespace cfa

@@ -1,5 +1,5 @@
-// Rows of half-rows to and from the words of picture files: bytes up to depth 8, beyond
-// that two bytes, the high one first.
+// Rows of half-rows to and from samples in memory, and to and from the words of picture files: bytes up to
+// depth 8, beyond that two bytes, the high one first.
 #pragma once
 
 #include <bit>
@@ -31,5 +31,11 @@ void join_words(SplitRow row, int width, uint8_t *words);
 void join_words(SplitRow row, int width, uint16_t *words);
 void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint8_t *words);
 void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *words);
+
+// The same for 16-bit samples in memory.
+uint16_t union_of_samples(const uint16_t *samples, size_t count);
+void split_samples(const uint16_t *samples, int width, Sample *even, Sample *odd);
+void join_samples(SplitRow row, int width, uint16_t *samples);
+void join_samples(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *samples);
 
 } // namespace cfa
