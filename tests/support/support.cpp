@@ -1,14 +1,12 @@
 #include "tests/support/support.h"
 
-#include "cmodel/common/error.h"
-
 #include <chrono>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <utility>
 
 #include <csignal>
 #include <fcntl.h>
@@ -16,13 +14,17 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "cmodel/common/error.h"
 #include "log/log.h"
 
 namespace {
 
 std::vector<std::string> records;
+pid_t records_owner; // a child's records are nobody's
 
 void record_sink(LogEvent &event) {
+    if (getpid() != records_owner)
+        return;
     char message[5000];
     std::vsnprintf(message, sizeof message, event.format, event.args);
     records.push_back(std::string(log_level_string(event.level)) + " " + event.file + ":" +
@@ -30,26 +32,7 @@ void record_sink(LogEvent &event) {
 }
 
 std::string read_stream(std::FILE *stream) {
-    std::string text;
-    std::rewind(stream);
-    for (int c = std::getc(stream); c != EOF; c = std::getc(stream))
-        text += static_cast<char>(c);
-    return text;
-}
-
-// The status of a child as a shell would give it; kills it when the time is over.
-int wait_for(pid_t pid, int timeout_ms) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
-    int status = 0;
-    while (waitpid(pid, &status, WNOHANG) == 0) {
-        if (std::chrono::steady_clock::now() > end) {
-            kill(pid, SIGKILL);
-            waitpid(pid, &status, 0);
-            return 124;
-        }
-        usleep(500);
-    }
-    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    return read_file("/proc/self/fd/" + std::to_string(fileno(stream)));
 }
 
 } // namespace
@@ -92,24 +75,29 @@ bool matches(const std::string &text, const std::string &pattern) {
     return matching;
 }
 
-std::vector<std::string> take_log() {
-    [[maybe_unused]] static const int added = log_add_callback(record_sink, nullptr, LOG_TRACE);
-    std::vector<std::string> taken;
-    taken.swap(records);
-    return taken;
+std::vector<std::string> lines_of(const std::string &text, size_t cut) {
+    std::vector<std::string> lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        lines.push_back(line.substr(std::min(cut, line.size())));
+    return lines;
 }
 
-Outcome run_child(const std::function<void()> &function, int timeout_ms) {
-    std::FILE *const out = std::tmpfile();
-    std::FILE *const err = std::tmpfile();
-    if (out == nullptr || err == nullptr)
+std::vector<std::string> take_log() {
+    [[maybe_unused]] static const int added =
+        (records_owner = getpid(), log_add_callback(record_sink, nullptr, LOG_TRACE));
+    return std::exchange(records, {});
+}
+
+Process::Process(const std::function<void()> &function) : out_(std::tmpfile()), err_(std::tmpfile()) {
+    if (out_ == nullptr || err_ == nullptr)
         throw std::runtime_error("no scratch file");
     std::fflush(nullptr);
-    const pid_t pid = fork();
-    if (pid == 0) {
+    pid_ = fork();
+    if (pid_ == 0) {
         dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
-        dup2(fileno(out), STDOUT_FILENO);
-        dup2(fileno(err), STDERR_FILENO);
+        dup2(fileno(out_), STDOUT_FILENO);
+        dup2(fileno(err_), STDERR_FILENO);
         try {
             function();
         } catch (const std::exception &error) { // as the tool's main
@@ -118,23 +106,47 @@ Outcome run_child(const std::function<void()> &function, int timeout_ms) {
         std::fflush(nullptr);
         _exit(0);
     }
-    if (pid < 0)
+    if (pid_ < 0)
         throw std::runtime_error("no process");
-    Outcome outcome;
-    outcome.status = wait_for(pid, timeout_ms);
-    outcome.out = read_stream(out);
-    outcome.err = read_stream(err);
-    std::fclose(out);
-    std::fclose(err);
-    return outcome;
+}
+
+Process::~Process() {
+    wait(0);
+    std::fclose(out_);
+    std::fclose(err_);
+}
+
+Outcome Process::wait(int timeout_ms) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+    int status = 0;
+    bool late = false;
+    while (pid_ > 0 && waitpid(pid_, &status, late ? 0 : WNOHANG) == 0) {
+        late = std::chrono::steady_clock::now() > end;
+        if (late)
+            kill(pid_, SIGKILL);
+        else
+            usleep(200);
+    }
+    pid_ = 0;
+    return {late                  ? 124
+            : WIFSIGNALED(status) ? 128 + WTERMSIG(status)
+                                  : WEXITSTATUS(status),
+            read_stream(out_), read_stream(err_)};
+}
+
+std::string Process::said() const {
+    for (int i = 0; i < 10000 && read_stream(out_).empty(); ++i)
+        usleep(1000);
+    return read_stream(out_);
+}
+
+Outcome run_child(const std::function<void()> &function, int timeout_ms) {
+    return Process(function).wait(timeout_ms);
 }
 
 Outcome run_program(const std::vector<std::string> &args, int timeout_ms,
                     const std::function<void()> &prepare) {
-    std::vector<char *> argv;
-    for (const std::string &arg : args)
-        argv.push_back(const_cast<char *>(arg.c_str()));
-    argv.push_back(nullptr);
+    std::vector<char *> argv = argv_of(args);
     return run_child(
         [&] {
             if (prepare)
@@ -143,6 +155,14 @@ Outcome run_program(const std::vector<std::string> &args, int timeout_ms,
             _exit(127);
         },
         timeout_ms);
+}
+
+std::vector<char *> argv_of(const std::vector<std::string> &args) {
+    std::vector<char *> argv;
+    for (const std::string &arg : args)
+        argv.push_back(const_cast<char *>(arg.c_str()));
+    argv.push_back(nullptr);
+    return argv;
 }
 
 std::string tool_path() {

@@ -2,9 +2,12 @@
 // own.
 #pragma once
 
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 /// A new folder that disappears with the object.
 class TempFolder {
@@ -26,6 +29,9 @@ void write_file(const std::string &path, const std::string &bytes);
 /// Whether the whole text matches an extended regular expression.
 bool matches(const std::string &text, const std::string &pattern);
 
+/// The lines of a text, each without its first `cut` characters (20 for the time stamp of a log record).
+std::vector<std::string> lines_of(const std::string &text, size_t cut = 0);
+
 /// Records logged since the last call, as "LEVEL label:line: message".
 std::vector<std::string> take_log();
 
@@ -36,12 +42,34 @@ struct Outcome {
     std::string err;
 };
 
-/// Runs a function in a child process, which then ends with status 0. Standard input is empty.
+/// A function at work in a child process, which then ends with status 0. Standard input is empty.
+class Process {
+  public:
+    explicit Process(const std::function<void()> &function);
+    Process(const Process &) = delete;
+    Process &operator=(const Process &) = delete;
+    ~Process();
+
+    /// Waits for the end, and kills the process when the time is over.
+    Outcome wait(int timeout_ms = 30000);
+
+    /// What it has printed up to now, waiting a while for a first word.
+    std::string said() const;
+
+  private:
+    std::FILE *out_, *err_;
+    pid_t pid_;
+};
+
+/// Runs a function in a child process to its end.
 Outcome run_child(const std::function<void()> &function, int timeout_ms = 30000);
 
 /// Runs a program. args[0] is its path. prepare runs in the child before.
 Outcome run_program(const std::vector<std::string> &args, int timeout_ms = 30000,
                     const std::function<void()> &prepare = {});
+
+/// The pointers that a main function takes. The texts must live as long.
+std::vector<char *> argv_of(const std::vector<std::string> &args);
 
 /// The built cfa_cmodel: $CFA_CMODEL, or the one in the folder above this program.
 std::string tool_path();

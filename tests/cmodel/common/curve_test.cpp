@@ -29,28 +29,9 @@ int32_t exact_curve(int32_t x, int32_t x0, int32_t y0, int32_t y1, int32_t slope
 
 } // namespace
 
-TEST_CASE("curves: knee, rounding, limits") {
-    CHECK(CM_LUT3(10, 10, 7, 100, 3, 1) == 7);
-    CHECK(CM_LUT3(11, 10, 0, 100, 3, 1) == 2);
-    CHECK(CM_LUT3_CLIP(11, 10, 0, 100, 3, 1) == 1);
-    CHECK(CM_LUT3(4000, 10, 0, 100, 3, 1) == 100);
-    // Falling: 4095 at 200 to 0 at 800, slope -6988 / 1024. At 500: 4095 + floor(-2096400 / 1024) = 2047.
-    const auto falling = [](uint32_t x) { return CM_LUT3_CLIP(x, 200, 4095, 0, -6988, 10); };
-    CHECK(falling(200) == 4095);
-    CHECK(falling(500) == 2047);
-    CHECK(falling(4095) == 0);
-    CHECK(CM_LUT3(500, 200, 4095, 0, static_cast<uint32_t>(-6988), 10) == 2048);
-
-    // Equal levels take the rising branch; x is read as signed.
-    CHECK(CM_LUT3(20, 10, 5, 5, static_cast<uint32_t>(-1), 0) == -5);
-    CHECK(CM_LUT3_CLIP(20, 10, 5, 5, -1, 0) == -5);
-    CHECK(CM_LUT3(0xFFFFFFFF, 10, 5, 100, 1, 0) == 5);
-    CHECK(CM_LUT3_CLIP(0xFFFFFFFF, 10, 5, 100, 1, 0) == 5);
-}
-
 TEST_CASE("curves: any arguments, against exact arithmetic") {
     std::mt19937 random(1);
-    for (int i = 0; i < 200000; i++) {
+    for (int i = 0; i < 200000; ++i) {
         const auto number = [&] { return static_cast<int32_t>(random()) >> (random() % 32); };
         const int32_t x = number(), x0 = number(), y0 = number(), y1 = number(), slope = number();
         const uint32_t shift = random() % 32;
@@ -63,18 +44,25 @@ TEST_CASE("curves: any arguments, against exact arithmetic") {
     }
 }
 
-TEST_CASE("two-point interpolation") {
-    CHECK(CM_SingleIntp(0, 4, 10, 20, 1) == 12);
-    CHECK(CM_SingleIntp(0, 4, 20, 10, 1) == 18); // truncated toward zero: 20 + (-10 / 4)
-    CHECK(CM_SingleIntp(4, 0, 20, 10, 1) == 13); // 20 + (-10 * -3) / -4
-    CHECK(CM_SingleIntp(4, 0, 20, 10, -1) == 10);
-    CHECK(CM_SingleIntp(0, 4, 10, 20, 9) == 20);
-    CHECK(CM_SingleIntp(0, 4, 10, 20, -9) == 10);
-    CHECK(CM_SingleIntp(3, 3, 10, 20, 4) == 10);
-
-    // The product wraps: 65536 * 65536 is 0, 65536 * 32768 is the most negative number.
-    CHECK(CM_SingleIntp(0, 131072, 7, 65543, 65536) == 7);
-    CHECK(CM_SingleIntp(0, 131072, 7, 65543, 32768) == 7 - 16384);
-    // x1 - x0 wraps to -1 and the product is the most negative number: no trap.
-    CHECK(CM_SingleIntp(MIN, MAX, 0, MIN, MIN + 1) == MIN);
+TEST_CASE("two-point interpolation; points of the curves by hand") {
+    const int32_t cases[][6] = {
+        // x0, x1, y0, y1, x, result
+        {0, 4, 10, 20, 1, 12},
+        {0, 4, 20, 10, 1, 18}, // truncated toward zero: 20 + (-10 / 4)
+        {4, 0, 20, 10, 1, 13}, // 20 + (-10 * -3) / -4
+        {4, 0, 20, 10, -1, 10},
+        {0, 4, 10, 20, 9, 20},
+        {0, 4, 10, 20, -9, 10},
+        {4, 0, 20, 10, 5, 20},
+        {3, 3, 10, 20, 4, 10},
+        {0, 131072, 7, 65543, 65536, 7},         // 65536 * 65536 wraps to 0,
+        {0, 131072, 7, 65543, 32768, 7 - 16384}, // 65536 * 32768 to the most negative number
+        {MIN, MAX, 0, MIN, MIN + 1, MIN}, // x1 - x0 to -1, the product to the most negative number: no trap
+    };
+    for (const auto &c : cases)
+        CHECK(CM_SingleIntp(c[0], c[1], c[2], c[3], c[4]) == c[5]);
+    // Falling from 4095 at 200 to 0 at 800, slope -6988 / 1024. At 500: 4095 + floor(-2096400 / 1024) = 2047.
+    CHECK(CM_LUT3_CLIP(500, 200, 4095, 0, -6988, 10) == 2047);
+    CHECK(CM_LUT3(500, 200, 4095, 0, static_cast<uint32_t>(-6988), 10) == 2048);
+    CHECK(CM_LUT3(20, 10, 5, 5, static_cast<uint32_t>(-1), 0) == -5); // equal levels take the rising branch
 }

@@ -1,11 +1,8 @@
 #include <doctest/doctest.h>
 
-#include <cmath>
-#include <string>
-#include <vector>
+#include <cstdint>
 
 #include "cmodel/common/ppm.h"
-#include "cmodel/common/ppm_stream.h"
 #include "tests/support/support.h"
 
 using namespace cfa;
@@ -14,8 +11,18 @@ using namespace std::string_literals;
 
 namespace {
 
-// Reads the picture of these bytes in a child and prints depth, sizes and samples.
-Outcome read_picture(const std::string &bytes) {
+const std::string of_file = " (error loading 'FILE')\n";
+const std::string magic = "Invalid image format (must be 'P5')" + of_file,
+                  size = "Invalid image size" + of_file, max_value = "Invalid max_rgb" + of_file,
+                  memory = "Unable to allocate memory\n";
+
+std::string missing(int count) {
+    return "\nUnexpected end of file in 'FILE': " + std::to_string(count) + " samples are missing\n";
+}
+
+// What reading the picture of these bytes gives: depth, sizes and samples, then what was said on standard
+// error.
+std::string read_picture(const std::string &bytes) {
     const TempFolder folder;
     const std::string path = folder / "in.ppm";
     write_file(path, bytes);
@@ -23,125 +30,129 @@ Outcome read_picture(const std::string &bytes) {
         const FramePtr frame(CM_ReadPPM5(path.c_str(), 2));
         std::printf("%d: %u bits %u x %u:", frame->format == 2 && frame->type == 2 && frame->channels == 1,
                     frame->bit_depth, frame->width, frame->height);
-        for (uint32_t i = 0; i < frame->width * frame->height; i++)
+        for (uint32_t i = 0; i < frame->width * frame->height && i < 20; ++i)
             std::printf(" %d", static_cast<int32_t>(frame->data[i]));
     });
+    CHECK(outcome.status == (outcome.out.empty() ? 1 : 0));
     for (size_t at; (at = outcome.err.find(path)) != std::string::npos;)
         outcome.err.replace(at, path.size(), "FILE");
-    return outcome;
+    return outcome.out + (outcome.out.empty() || outcome.err.empty() ? "" : "\n") + outcome.err;
 }
 
 } // namespace
 
-// Headers cut short, extreme numbers, comments of megabytes: tests/trust, through the tool.
-TEST_CASE("headers that are read") {
-    for (const std::string &header : {
-             "P5\n# one\n# two\n2 1\n4095\n"s, "P5 ignored\n#\n2\t\v\f\r\n 1 4095 rest of the line\n"s,
-             "P5\r\n2 1\r\n4095\r\n"s, "P59\n+2 01\n0004095\n"s,
-             "P5 14 letters \n# c\n2 1 4095\n"s, // 14 characters and the line feed: the longest first line
-         }) {
-        INFO(header);
-        const Outcome outcome = read_picture(header + "\1\2\3\4");
-        CHECK(outcome.status == 0);
-        CHECK(outcome.out == "1: 12 bits 2 x 1: 258 772");
-        CHECK(outcome.err == "");
-    }
-}
-
-TEST_CASE("headers that lie") {
-    const auto check_error = [](const std::string &bytes, const std::string &message) {
-        const Outcome outcome = read_picture(bytes);
-        INFO("header: ", bytes);
-        CHECK(outcome.status == 1);
-        CHECK(outcome.err == message + "\n");
-        CHECK(outcome.out == "");
+TEST_CASE("headers, and what they give") {
+    const std::string good = "1: 12 bits 2 x 1: 258 772", million(1000000, '#');
+    const std::pair<std::string, std::vector<std::string>> tables[] = {
+        {good,
+         {"P5\n2 1\n4095\n", "P5\n2 1 4095\n", "P5 text\n# one\n#\n2\n1\n4096 ends at a line feed\n",
+          "P5\n \t2\v1\f4095\n", "P5\r\n2 1\r\n4095\r\n", "P59\n+2 01\n0004095\n",
+          "P5 14 letters \n# c\n2 1 4095\n", // 14 characters and the line feed: the longest first line
+          "P5\n#" + million + "\n2 1\n4095\n",
+          "P5\n2" + std::string(1000000, ' ') + "1\n4095" + million + "\n"}},
+        {magic,
+         {"P6\n2 1\n4095\n", "p5\n", " P5\n", "\xEF\xBB\xBFP5\n", std::string(100, '\0'), "P\0P5\n"s, "P"}},
+        {size,
+         {"P5\nx\n255\n", "P5\n2 x\n255\n", "P5\n- 2 1\n255\n", "P5\n2,1\n255\n", "P5\n2 # 1\n1\n255\n",
+          "P5 2 1 4095\n", "P5\r2 1\r4095\r", // all of it is the first line
+          "P5 2 1 4095 here\n2 1 4095\n",     // over 15 characters
+          "P5\n#" + million, "P5\n" + million + "\n"}},
+        {max_value, {"P5\n2 1\nx", "P5\n2 1\n# comment\n4095", "P5\n2 1\n"}},
+        {memory, {"P5\n-1 0\n255\n", "P5\n0 -1\n255\n", "P5\n46341 46341\n255\n", "P5\n65536 65536\n255\n"}},
     };
-    const std::string file = " (error loading 'FILE')";
-    for (const char *size : {"x", "2 x", "- 2 1", "2,1", "2 # 1\n1", "-2147483649 1"})
-        check_error("P5\n"s + size + "\n255\n", "Invalid image size" + file);
-    check_error("P5 2 1 4095 here\n2 1 4095\n", "Invalid image size" + file); // over 15 characters
-    for (const char *max : {"x", "# comment\n4095", "0"})
-        check_error("P5\n2 1\n"s + max, "Invalid max_rgb" + file);
-    for (const char *size : {"-1 0", "-2147483648 1", "46341 46341"})
-        check_error("P5\n"s + size + "\n4095\n", "Unable to allocate memory");
-    const TempFolder folder;
-    const Outcome outcome = run_child([&] { CM_ReadPPM5(folder.path.c_str(), 2); });
-    CHECK(outcome.status == 1);
-    CHECK(outcome.err == folder.path + ": Is a directory\n");
-}
-
-TEST_CASE("depth is the logarithm of the maximum value, rounded up") {
-    CHECK(ppm_bit_depth(1) == 0);
-    for (int bit = 1; bit < 31; bit++)
-        for (int delta = -2; delta <= 2; delta++) {
-            const int64_t max = (int64_t{1} << bit) + delta;
-            if (max < 1)
-                continue;
-            INFO(max);
-            CHECK(ppm_bit_depth(static_cast<int32_t>(max)) == std::ceil(std::log2(static_cast<double>(max))));
+    for (const auto &[want, headers] : tables)
+        for (const std::string &header : headers) {
+            INFO(header.substr(0, 60));
+            CHECK(read_picture(header + "\1\2\3\4") == want);
         }
-    CHECK(ppm_bit_depth(2147483647) == 31);
+    CHECK(read_picture("") == "FILE: No data available\n");
+    const Outcome outcome = run_child([&] { CM_ReadPPM5("/proc", 2); });
+    CHECK(outcome.err == "/proc: Is a directory\n");
 }
 
-TEST_CASE("samples of 0 to 4 bytes, high byte first") {
-    for (const auto &[max, want] : {std::pair{"1", "0 bits 1 x 2: 0 0"},
-                                    {"255", "8 bits 1 x 2: 1 130"},
-                                    {"257", "9 bits 1 x 2: 386 900"},
-                                    {"65536", "16 bits 1 x 2: 386 900"},
-                                    {"65537", "17 bits 1 x 2: 98819 8652166"},
-                                    {"16777217", "25 bits 1 x 2: 25297796 92669832"}})
-        CHECK(read_picture("P5 \n1 2 "s + max + "\n\x01\x82\x03\x84\x05\x86\x07\x88").out == "1: "s + want);
-}
-
-TEST_CASE("data cut at every byte: a missing byte counts as -1") {
-    struct Case {
-        std::string header;
-        int present; // bytes, each of value 2
-        std::string samples;
-        int missing;
-    };
-    for (const Case &c : {
-             Case{"3 1 255", 2, " 2 2 -1", 1},
-             Case{"2 1 4095", 4, " 514 514", 0},
-             Case{"2 1 4095", 3, " 514 511", 1}, // 2 * 256 - 1
-             Case{"2 1 4095", 2, " 514 -257", 1},
-             Case{"2 1 4095", 1, " 511 -257", 2},
-             Case{"1 1 100000", 2, " 131583", 1}, // 2 * 65536 + 2 * 256 - 1
-             Case{"1 1 100000", 1, " 130815", 1}, // 2 * 65536 - 257
-             Case{"1 1 100000", 0, " -65793", 1},
-             Case{"1 1 2147483647", 3, " 33686015", 1},
-             Case{"1 1 2147483647", 0, " -16843009", 1},
-         }) {
-        INFO(c.header, ", ", c.present, " bytes");
-        const Outcome outcome =
-            read_picture("P5\n" + c.header + "\n" + std::string(static_cast<size_t>(c.present), '\2'));
-        CHECK(outcome.status == 0);
-        CHECK(outcome.out.substr(outcome.out.rfind(':') + 1) == c.samples);
-        const std::string message =
-            "Unexpected end of file in 'FILE': " + std::to_string(c.missing) + " samples are missing\n";
-        CHECK(outcome.err == (c.missing == 0 ? "" : message));
+TEST_CASE("numbers around the powers of two: sizes, and maximum values with their depths") {
+    std::vector<std::pair<std::string, int64_t>> numbers = {{"0", 0}};
+    for (const int bits : {0, 1, 2, 8, 9, 15, 16, 24, 30, 31, 32, 33, 62})
+        for (const int delta : {-1, 0, 1})
+            for (const int sign : {1, -1}) {
+                const int64_t n = sign * ((int64_t{1} << bits) + delta);
+                numbers.emplace_back(std::to_string(n), n);
+            }
+    for (const char *beyond : {"9223372036854775808", "-9223372036854775809", "18446744073709551618",
+                               "4000000000000000000000000000002"})
+        numbers.emplace_back(beyond, INT64_MAX);
+    for (const auto &[text, n] : numbers) {
+        INFO(text);
+        int depth = 0;
+        while (depth < 62 && int64_t{1} << depth < n)
+            ++depth;
+        const std::string head = "1: " + std::to_string(depth) + " bits 1 x 0:";
+        CHECK(read_picture("P5\n1 0\n" + text + "\n") == (n < 1 || n > INT32_MAX ? max_value : head));
+        const bool fits = n >= INT32_MIN && n <= INT32_MAX;
+        if (!fits)
+            CHECK(read_picture("P5\n" + text + " 1\n1\n") == size);
+        CHECK(read_picture("P5\n0 " + text + "\n1\n") == (!fits   ? size
+                                                          : n < 0 ? memory
+                                                                  : "1: 0 bits 0 x " + text + ":"));
     }
+}
+
+TEST_CASE("a picture cut at every byte: a missing byte counts as -1") {
+    const std::string whole = "P5\n#c\n2 1\n300\n\2\2\2\2tail";
+    struct Case {
+        size_t from; // up to the next case's
+        std::string want;
+    };
+    const Case cases[] = {{0, "FILE: No data available\n"},
+                          {1, magic},
+                          {2, size},
+                          {9, max_value},
+                          {11, "1: 2 bits 2 x 1: -1 -1" + missing(2)}, // a maximum of 3
+                          {12, "1: 5 bits 2 x 1: -1 -1" + missing(2)},
+                          {13, "1: 9 bits 2 x 1: -257 -257" + missing(2)},
+                          {15, "1: 9 bits 2 x 1: 511 -257" + missing(2)}, // 2 * 256 - 1
+                          {16, "1: 9 bits 2 x 1: 514 -257" + missing(1)},
+                          {17, "1: 9 bits 2 x 1: 514 511" + missing(1)},
+                          {18, "1: 9 bits 2 x 1: 514 514"}};
+    const Case *current = cases;
+    for (size_t length = 0; length <= whole.size(); ++length) {
+        INFO(length, " bytes");
+        if (current + 1 < std::end(cases) && length == current[1].from)
+            ++current;
+        CHECK(read_picture(whole.substr(0, length)) == current->want);
+    }
+    const std::pair<std::string, std::string> deep[] = {
+        {"1\n\1", "0 bits 1 x 1: 0"},
+        {"255\n\202", "8 bits 1 x 1: 130"},
+        {"65536\n\1\202", "16 bits 1 x 1: 386"},
+        {"65537\n\1\202\3", "17 bits 1 x 1: 98819"},
+        {"65537\n\1\202", "17 bits 1 x 1: 98815" + missing(1)}, // 386 * 256 - 1
+        {"65537\n\1", "17 bits 1 x 1: 65279" + missing(1)},     // 65536 - 257
+        {"65537\n", "17 bits 1 x 1: -65793" + missing(1)},
+        {"16777217\n\1\202\3\204", "25 bits 1 x 1: 25297796"},
+        {"2147483647\n\2\2\2", "31 bits 1 x 1: 33686015" + missing(1)},
+        {"2147483647\n", "31 bits 1 x 1: -16843009" + missing(1)},
+    };
+    for (const auto &[tail, want] : deep)
+        CHECK(read_picture("P5\n1 1\n" + tail) == "1: " + want);
 }
 
 TEST_CASE("a picture of several blocks, cut in the second") {
-    constexpr size_t count = 3 * 131072 + 17;
-    constexpr size_t present = 200000;
+    constexpr size_t count = 3 * 131072 + 17, present = 200000;
     const TempFolder folder;
     const std::string path = folder / "in.ppm";
     std::string bytes = "P5\n" + std::to_string(count) + " 1\n65535\n";
     const auto want = [](size_t i) { return static_cast<uint32_t>(i * 40503 % 65536); };
-    for (size_t i = 0; i < present; i++) {
-        bytes += static_cast<char>(want(i) >> 8);
-        bytes += static_cast<char>(want(i));
-    }
+    for (size_t i = 0; i < present; ++i)
+        bytes += {static_cast<char>(want(i) >> 8), static_cast<char>(want(i))};
     write_file(path, bytes);
     size_t wrong = 0;
     const Outcome outcome = run_child([&] {
         const FramePtr frame(CM_ReadPPM5(path.c_str(), 2));
-        for (size_t i = 0; i < count; i++)
+        for (size_t i = 0; i < count; ++i)
             wrong += frame->data[i] != (i < present ? want(i) : static_cast<uint32_t>(-257));
         std::printf("%zu", wrong);
     });
     CHECK(outcome.out == "0");
-    CHECK(outcome.err == "Unexpected end of file in '" + path + "': 193233 samples are missing\n");
+    CHECK(outcome.err == missing(193233).substr(1).replace(27, 4, path));
 }

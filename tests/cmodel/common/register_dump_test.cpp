@@ -1,13 +1,8 @@
 #include <doctest/doctest.h>
 
-#include <cstdio>
 #include <filesystem>
-#include <string>
 
-#include <sys/stat.h>
-
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
-#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+#include "tests/support/registers.h"
 #include "tests/support/support.h"
 
 using namespace cfa;
@@ -22,30 +17,26 @@ const std::string top_section =
 
 } // namespace
 
-TEST_CASE("into a new file: both parts, and what is dumped loads again") {
+TEST_CASE_FIXTURE(FreshRegisters,
+                  "into a new file: both parts in the order of the list, and what is dumped loads again") {
     const TempFolder folder;
     const std::string path = folder / "cfa.ini";
-    INIT_CFA_REG("NULL");
-    for (const RegisterInfo &info : cfa_reg_hw_table().registers)
-        info.store(cfa_reg.hw, info.reset + 1);
-    CHECK(DUMP_CFA_INI(path.c_str()) == 0);
-    const std::string text = read_file(path);
-    CHECK(std::count(text.begin(), text.end(), '\n') == 117);
-    CHECK(text.starts_with("[cfa]\nreg_cfa_enable = 0\nreg_cfa_ymoire_enable = 1\n"));
-    CHECK(text.find("\nreg_cfa_cmoire_sat_slp0 = -6987\n") != std::string::npos);
-    CHECK(text.ends_with("reg_cfa_shpn_gain_value = 1\n[cfa_sw]\n"));
-
-    INIT_CFA_REG("NULL");
-    LOAD_CFA_INI(path.c_str());
+    std::string want = "[cfa]\n";
     for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
-        INFO(info.key);
-        CHECK(info.read(cfa_reg.hw) == register_truncate(info.reset + 1, info.bits, info.is_signed));
-        CHECK(info.record(cfa_reg.hw).is_set == 1);
+        info.store(cfa_reg.hw, info.reset + 1);
+        want += std::string(info.key) + " = " +
+                std::to_string(register_truncate(info.reset + 1, info.bits, info.is_signed)) + "\n";
     }
-    INIT_CFA_REG("NULL");
+    CHECK(DUMP_CFA_INI(path.c_str()) == 0);
+    CHECK(read_file(path) == want + "[cfa_sw]\n");
+    CHECK(want.find("\nreg_cfa_cmoire_sat_slp0 = -6987\n") != std::string::npos);
+    reset();
+    LOAD_CFA_INI(path.c_str());
+    for (const RegisterInfo &info : cfa_reg_hw_table().registers)
+        CHECK(info.read(cfa_reg.hw) == register_truncate(info.reset + 1, info.bits, info.is_signed));
 }
 
-TEST_CASE("into an existing file: the own section is replaced, the rest stays") {
+TEST_CASE_FIXTURE(FreshRegisters, "into an existing file: the own section is replaced, the rest stays") {
     const TempFolder folder;
     const std::string path = folder / "file.ini";
     const auto both = DUMP_CMODEL_TOP_INI, hw = DUMP_CMODEL_TOP_HW_INI, sw = DUMP_CMODEL_TOP_SW_INI;
@@ -73,7 +64,6 @@ TEST_CASE("into an existing file: the own section is replaced, the rest stays") 
              Case{sw, long_line, long_line + "[cmodel_top_sw]\n"},
          }) {
         INFO(c.before);
-        INIT_CMODEL_TOP_REG("NULL");
         write_file(path, c.before);
         CHECK(c.dump(path.c_str()) == 0);
         CHECK(read_file(path) == c.after);
@@ -81,38 +71,38 @@ TEST_CASE("into an existing file: the own section is replaced, the rest stays") 
     }
 }
 
-TEST_CASE("records of a dump") {
+TEST_CASE_FIXTURE(FreshRegisters,
+                  "records of a dump; without a temporary file the INI file is left empty, as kept") {
     const TempFolder folder;
-    const std::string path = folder / "f";
-    INIT_CMODEL_TOP_REG("NULL");
+    const std::string path = folder / "file.ini", in = "] Dump INI configurations in " + path;
+    const auto check_log = [&](const std::vector<std::string> &want) {
+        const std::vector<std::string> log = take_log();
+        REQUIRE(log.size() == want.size());
+        for (size_t i = 0; i < log.size(); ++i) {
+            CHECK(log[i].starts_with("DEBUG cmodel_top_reg:"));
+            CHECK(log[i].substr(log[i].find(": ") + 2) == want[i]);
+        }
+    };
     take_log();
     DUMP_CMODEL_TOP_INI(path.c_str());
-    const std::string hw = "[DUMP_CMODEL_TOP_HW_INI] ", sw = "[DUMP_CMODEL_TOP_SW_INI] ";
-    const std::string in = "Dump INI configurations in " + path;
-    const std::string want[] = {"[DUMP] Dump cmodel_top INI configurations in " + path + "...",
-                                hw + in + "...",
-                                hw + in + " done",
-                                sw + in + "...",
-                                sw + in + " done",
-                                "[DUMP] Dump cmodel_top INI Done...."};
-    const std::vector<std::string> log = take_log();
-    REQUIRE(log.size() == 6);
-    for (size_t i = 0; i < 6; i++) {
-        CHECK(log[i].starts_with("DEBUG cmodel_top_reg:"));
-        CHECK(log[i].substr(log[i].find(": ") + 2) == want[i]);
-    }
+    check_log({"[DUMP] Dump cmodel_top INI configurations in " + path + "...",
+               "[DUMP_CMODEL_TOP_HW_INI" + in + "...", "[DUMP_CMODEL_TOP_HW_INI" + in + " done",
+               "[DUMP_CMODEL_TOP_SW_INI" + in + "...", "[DUMP_CMODEL_TOP_SW_INI" + in + " done",
+               "[DUMP] Dump cmodel_top INI Done...."});
+    std::filesystem::create_symlink("/no/such/folder/file", path + ".temp");
+    CHECK(DUMP_CMODEL_TOP_SW_INI(path.c_str()) == 0);
+    check_log({"[DUMP_CMODEL_TOP_SW_INI" + in + "...", "error: no temp.ini file!"});
+    CHECK(read_file(path) == "");
 }
 
-TEST_CASE("without a temporary file the INI file is left empty, as kept") {
+// A program that runs can be read, but not be opened for writing, not even by the superuser.
+TEST_CASE_FIXTURE(FreshRegisters, "a temporary file that can only be read is none: the INI file stays") {
     const TempFolder folder;
     const std::string path = folder / "file.ini";
-    INIT_CMODEL_TOP_REG("NULL");
     write_file(path, "[other]\n");
-    std::filesystem::create_symlink("/no/such/folder/file", path + ".temp");
+    std::filesystem::create_symlink("/proc/self/exe", path + ".temp");
     take_log();
     CHECK(DUMP_CMODEL_TOP_SW_INI(path.c_str()) == 0);
-    const std::vector<std::string> log = take_log();
-    REQUIRE(log.size() == 2);
-    CHECK(log[1].ends_with(": error: no temp.ini file!"));
-    CHECK(read_file(path) == "");
+    CHECK(take_log().back().ends_with(": error: no temp.ini file!"));
+    CHECK((read_file(path) == "[other]\n"));
 }

@@ -1,26 +1,22 @@
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
-
 #include <doctest/doctest.h>
 
 #include <map>
 #include <set>
-#include <string>
 
-#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+#include "tests/support/registers.h"
 #include "tests/support/support.h"
 
 using namespace cfa;
 
+using namespace std::string_literals;
+
 namespace {
 
-// Resets the block, loads this text over it and returns the log of the load.
-std::vector<std::string> load_cfa(const std::string &text) {
+void load_cfa(const std::string &text) {
     const TempFolder folder;
     write_file(folder / "cfa.ini", text);
     INIT_CFA_REG("NULL");
-    take_log();
     CHECK(LOAD_CFA_INI((folder / "cfa.ini").c_str()) == 0);
-    return take_log();
 }
 
 } // namespace
@@ -28,53 +24,39 @@ std::vector<std::string> load_cfa(const std::string &text) {
 TEST_CASE("tables: keys are unique, resets fit, slopes agree with their curves") {
     std::set<std::string> keys;
     std::map<std::string, std::map<CurveRole, const RegisterInfo *>> curves;
-    CHECK(cfa_reg_hw_table().registers.size() == 115);
-    CHECK(cmodel_top_reg_hw_table().registers.size() == 11);
     for (const RegisterTable *table : {&cfa_reg_hw_table(), &cmodel_top_reg_hw_table()})
         for (const RegisterInfo &info : table->registers) {
             INFO(info.key);
             CHECK(keys.insert(info.key).second);
-            CHECK(std::string(info.key).size() <= 30);
             CHECK(info.reset == register_truncate(info.reset, info.bits, info.is_signed));
-            CHECK(table->find(info.key) == &info);
-            CHECK(std::string(info.meaning) != "");
             if (info.curve.role != CurveRole::none)
                 curves[info.curve.name][info.curve.role] = &info;
         }
+    CHECK(keys.size() == 115 + 11);
     CHECK(cfa_reg_hw_table().find("reg_cfa_enabl") == nullptr);
-
     CHECK(curves.size() == 7);
-    int with_x1 = 0;
     for (auto &[name, role] : curves) {
-        const std::string curve = name;
-        INFO(curve);
-        CHECK(role.size() == (role.contains(CurveRole::x1) ? 5 : 4));
+        INFO(std::string(name));
         for (const CurveRole needed : {CurveRole::x0, CurveRole::y0, CurveRole::slope, CurveRole::y1})
             REQUIRE(role.contains(needed));
-        CHECK(role[CurveRole::slope]->is_signed);
-        if (role.contains(CurveRole::x1)) {
-            with_x1++;
-            CHECK(role[CurveRole::slope]->reset ==
-                  (role[CurveRole::y1]->reset - role[CurveRole::y0]->reset) *
-                      (1 << role[CurveRole::slope]->curve.fraction_bits) /
-                      (role[CurveRole::x1]->reset - role[CurveRole::x0]->reset));
-        }
+        const RegisterInfo &slope = *role[CurveRole::slope];
+        const auto reset = [&](CurveRole r) { return role[r]->reset; };
+        CHECK(slope.is_signed);
+        if (role.contains(CurveRole::x1))
+            CHECK(slope.reset == (reset(CurveRole::y1) - reset(CurveRole::y0)) *
+                                     (1 << slope.curve.fraction_bits) /
+                                     (reset(CurveRole::x1) - reset(CurveRole::x0)));
     }
-    CHECK(with_x1 == 4);
 }
 
 TEST_CASE("reset: names, marks, values; the suffix is cut at 31 characters") {
     auto &reg = cfa_reg.hw.reg_cfa_gsig_tol;
     reg = 1;
-    reg.is_set = 1;
-    reg.spare = 9;
+    reg.is_set = reg.spare = 9;
     CHECK(INIT_CFA_REG("NULL") == 0);
     CHECK(reg == 32);
-    CHECK(reg.is_set == 0);
-    CHECK(reg.spare == 0);
+    CHECK(reg.is_set + reg.spare == 0);
     CHECK(std::string(reg.name) == "reg_cfa_gsig_tol");
-    CHECK(cfa_reg.hw.reg_cfa_cmoire_sat_slp0 == -6988);
-
     const auto names = [](const auto &block) { return std::string(block.hw.name) + " " + block.sw.name; };
     CHECK(names(cfa_reg) == "cfa cfa_sw");
     INIT_CFA_REG(std::string(40, 's').c_str());
@@ -83,93 +65,98 @@ TEST_CASE("reset: names, marks, values; the suffix is cut at 31 characters") {
     CHECK(names(cmodel_top_reg) == "cmodel_top_2 cmodel_top_sw_2");
     INIT_CMODEL_TOP_REG(nullptr);
     CHECK(names(cmodel_top_reg) == "cmodel_top cmodel_top_sw");
+    Register<12, unsigned> slope{};
+    slope = 904;
+    CHECK(((-64 * slope) >> 5) == -1808); // signed in formulas, whatever its own signedness
 }
 
-// The records around those of the registers, and those of printing: cfa_main_test.
-TEST_CASE("load: one register set, 114 records of the others with their positions") {
-    tok_idx = 5;
-    const std::vector<std::string> log = load_cfa("[cfa]\nreg_cfa_gsig_tol = 40\n");
-    CHECK(tok_idx == 0);
-    CHECK(cfa_reg.hw.reg_cfa_gsig_tol == 40);
-    CHECK(cfa_reg.hw.reg_cfa_gsig_tol.is_set == 1);
-    REQUIRE(log.size() == 116);
-    size_t at = 2;
-    int line = 10;
-    for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
-        if (std::string(info.key) != "reg_cfa_gsig_tol") {
-            CHECK(log[at++] == "ERROR cfa_reg_hw_def:" + std::to_string(line) + ": [REG] cfa.hw." + info.key +
-                                   " is not set in .ini file");
-            CHECK(info.read(cfa_reg.hw) == info.reset);
-        }
-        line++;
+TEST_CASE("load: what a text does to reg_cfa_gsig_tol (12 bits, 32) and reg_cfa_cmoire_edge_d0c0 (13 bits, "
+          "signed)") {
+    const std::string nines(1000, '9'), zeros(1000, '0'), text = "[cfa]\nreg_cfa_gsig_tol = 7\n";
+    std::string little = "\xFF\xFE", big = "\xFE\xFF";
+    for (const char c : text) {
+        little += {c, '\0'};
+        big += {'\0', c};
     }
-    CHECK(line == 125);
-}
-
-TEST_CASE("load: sections, values, repeated keys") {
-    struct Case {
-        std::string text, key;
-        int32_t want;
+    const std::pair<std::string, int> texts[] = {
+        {text, 7},
+        {"[cfa]\nreg_cfa_gsig_tol = 1\nreg_cfa_gsig_tol : 2", 2},
+        {"[cfa]\nno setting\nreg_cfa_gsig_tol=+8 ; off", 8},
+        {"[cfa]\nREG_CFA_GSIG_TOL = 1\n[CFA]\nreg_cfa_gsig_tol = 1\n[cfa_sw]\nreg_cfa_gsig_tol = "
+         "2\n[]\nreg_cfa_gsig_tol = 3",
+         32},
+        {"reg_cfa_gsig_tol = 1\n[cfa]\n", 32},
+        {little, 32},
+        {big, 32},
+        {"\xEF\xBB\xBF" + text, 7},
+        {"[cfa]\r\nreg_cfa_gsig_tol = 7\r\n", 7},
+        {"[cfa]\rreg_cfa_gsig_tol = 7\r", 32},             // one line to the parser
+        {"[cfa]\0 noise\nreg_cfa_gsig_tol = 7\0 8\n"s, 7}, // a line ends at a NUL
+        {"[cfa]\nreg_cfa_gsig_tol\0 = 7\n"s, 32},
+        {"\0[cfa]\nreg_cfa_gsig_tol = 7\n"s, 32},
+        {std::string(100000, '\0') + "\n" + text, 7},
+        {"[cfa]\nreg_cfa_gsig_tol =", 0}, // an empty value counts as set
     };
-    for (const Case &c : {
-             Case{"reg_cfa_cmoire_sat_slp0 = 255156", "reg_cfa_cmoire_sat_slp0", -6988},
-             Case{"reg_cfa_force_dir_sel = 7", "reg_cfa_force_dir_sel", 3},
-             Case{"reg_cfa_enable = 0 ; off", "reg_cfa_enable", 0},
-             Case{"reg_cfa_sige_thd = 1\nreg_cfa_sige_thd : 2", "reg_cfa_sige_thd", 2},
-             Case{"reg_cfa_gsig_tol = 0x10", "reg_cfa_gsig_tol", 0},
-             Case{"reg_cfa_gsig_tol = 12abc", "reg_cfa_gsig_tol", 12},
-             Case{"reg_cfa_gsig_tol =", "reg_cfa_gsig_tol", 0},
-             Case{"reg_cfa_gsig_tol = +7", "reg_cfa_gsig_tol", 7},
-             Case{"REG_CFA_OUT_SEL = 1", "reg_cfa_out_sel", 0},
-             Case{"no setting\nreg_cfa_shpn_min_y = 8", "reg_cfa_shpn_min_y", 8},
-             Case{"[CFA]\nreg_cfa_ymoire_np = 1", "reg_cfa_ymoire_np", 16},
-             Case{"[cfa_sw]\nreg_cfa_ymoire_np = 2", "reg_cfa_ymoire_np", 16},
-             Case{"[]\nreg_cfa_ymoire_np = 3", "reg_cfa_ymoire_np", 16},
-         }) {
-        INFO(c.text);
-        load_cfa("[cfa]\n" + c.text + "\n");
-        CHECK(cfa_reg_hw_table().find(c.key.c_str())->read(cfa_reg.hw) == c.want);
+    for (const auto &[bytes, want] : texts) {
+        INFO(bytes.substr(0, 60));
+        load_cfa(bytes);
+        CHECK(cfa_reg.hw.reg_cfa_gsig_tol == want);
+        CHECK(cfa_reg.hw.reg_cfa_gsig_tol.is_set == (want == 32 ? 0 : 1));
     }
-    CHECK(load_cfa("[cfa]\nreg_cfa_gsig_tol =\n").size() == 116); // an empty value counts as set
+    struct Number {
+        std::string text;
+        int twelve_bits, signed_thirteen_bits;
+    };
+    // Beyond 64 bits the nearest 64-bit number is cut to the width.
+    for (const Number &n :
+         {Number{"0x10", 0, 0}, Number{"012abc", 12, 12}, Number{"9223372036854775807", 4095, -1},
+          Number{"9223372036854775808", 4095, -1}, Number{"-9223372036854775809", 0, 0},
+          Number{"18446744073709551617", 4095, -1}, Number{nines, 4095, -1}, Number{"-" + nines, 0, 0},
+          Number{zeros + "4097", 1, -4095}, Number{"9223372036854771713", 1, -4095}, // 2^63 - 4095
+          Number{"4294967297", 1, 1}}) {
+        INFO(n.text);
+        load_cfa("[cfa]\nreg_cfa_gsig_tol = " + n.text + "\nreg_cfa_cmoire_edge_d0c0 = " + n.text);
+        CHECK(cfa_reg.hw.reg_cfa_gsig_tol == n.twelve_bits);
+        CHECK(cfa_reg.hw.reg_cfa_cmoire_edge_d0c0 == n.signed_thirteen_bits);
+    }
 }
 
-TEST_CASE("load: every register at both ends of its range and beyond") {
-    for (const int64_t beyond : {-1, 0, 1})
-        for (const bool upper : {false, true}) {
-            const auto number = [&](const RegisterInfo &info) {
-                const auto end = upper ? register_max : register_min;
-                return end(info.bits, info.is_signed) + beyond;
-            };
+TEST_CASE("load: every register at both ends of its range; one beyond an end is the other end") {
+    for (const bool upper : {false, true})
+        for (const bool beyond : {false, true}) {
             std::string text = "[cfa]\n";
-            for (const RegisterInfo &info : cfa_reg_hw_table().registers)
-                text += std::string(info.key) + "=" + std::to_string(number(info)) + "\n";
-            CHECK(load_cfa(text).size() == 2);
+            std::map<std::string, int64_t> want;
+            for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
+                const int64_t span = int64_t{1} << info.bits, low = info.is_signed ? -span / 2 : 0,
+                              high = low + span - 1;
+                const int64_t written = upper ? high + beyond : low - beyond;
+                text += std::string(info.key) + "=" + std::to_string(written) + "\n";
+                want[info.key] = upper != beyond ? high : low;
+                CHECK(register_truncate(written, info.bits, info.is_signed) == want[info.key]);
+                CHECK((upper ? register_max : register_min)(info.bits, info.is_signed) ==
+                      (upper ? high : low));
+            }
+            load_cfa(text);
             for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
                 INFO(info.key);
-                const int32_t got = info.read(cfa_reg.hw);
-                CHECK(got == register_truncate(number(info), info.bits, info.is_signed));
-                CHECK((got == number(info)) == (beyond == 0 || (beyond < 0) == upper));
+                CHECK(info.read(cfa_reg.hw) == want[info.key]);
             }
         }
-}
-
-TEST_CASE("load: a file that cannot be opened leaves the values and says so") {
-    INIT_CMODEL_TOP_REG("NULL");
-    take_log();
-    CHECK(LOAD_CMODEL_TOP_INI("/no/such/file") == 1);
-    const std::vector<std::string> log = take_log();
-    REQUIRE(log.size() == 2);
-    CHECK(log[0].ends_with(": [LOAD] Load cmodel_top INI configurations..."));
-    CHECK(matches(log[1], "DEBUG cmodel_top_reg:[0-9]+: Can't handle cmodel_top_reg\\."));
-    CHECK(cmodel_top_reg.hw.reg_img_width == 1920);
-}
-
-TEST_CASE("handlers return 1 for every line") {
     INIT_CFA_REG("NULL");
+}
+
+TEST_CASE("handlers return 1 for every line; a file that cannot be opened leaves the values") {
+    FreshRegisters::reset();
+    tok_idx = 5;
     CHECK(cfa_reg_loader(&cfa_reg, "cfa", "reg_cfa_enable", "0") == 1);
-    CHECK(cfa_reg_loader(&cfa_reg, "other", "key", "value") == 1);
+    CHECK(tok_idx == 0);
     CHECK(cfa_reg_hw_load(&cfa_reg, "cfa", "unknown", "") == 1);
     CHECK(cfa_reg_sw_load(&cfa_reg, "cfa_sw", "unknown", "") == 1);
     CHECK(cmodel_top_reg_loader(&cmodel_top_reg, "cmodel_top", "reg_img_bayerid", "3") == 1);
+    take_log();
+    CHECK(LOAD_CMODEL_TOP_INI("/no/such/file") == 1);
     CHECK(cmodel_top_reg.hw.reg_img_bayerid == 3);
+    const auto log = take_log();
+    CHECK(matches(log.back(), "DEBUG cmodel_top_reg:[0-9]+: Can't handle cmodel_top_reg\\."));
+    FreshRegisters::reset();
 }
