@@ -201,14 +201,13 @@ int ini_load_file(const char *path, IniHandler handler, void *user) {
     return ini_load_stream(stream, handler, user);
 }
 
-int ini_load_text(const char *text, size_t length, IniHandler handler, void *user, int *line) {
-    // Opened for reading alone, the text is not written to. An empty one cannot be opened everywhere.
-    const Stream stream(length == 0 ? std::fopen("/dev/null", "r")
-                                    : fmemopen(const_cast<char *>(text), length, "r"),
-                        std::fclose);
+std::unique_ptr<std::FILE, int (*)(std::FILE *)> open_text(const char *text, size_t length) {
+    // Opened for reading alone, the text is not written to. One without any byte cannot be opened everywhere.
+    char *const bytes = const_cast<char *>(length > 0 ? text : "\n");
+    Stream stream(fmemopen(bytes, length > 0 ? length : 1, "r"), std::fclose);
     if (stream == nullptr)
         allocation_error();
-    return ini_load_stream(stream.get(), handler, user, line);
+    return stream;
 }
 
 int ini_load_stream(std::FILE *stream, IniHandler handler, void *user, int *line) {

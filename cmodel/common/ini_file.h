@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <memory>
 
 namespace cfa {
 
@@ -15,11 +16,11 @@ using IniHandler = int (*)(void *user, const char *section, const char *key, con
 /// integer. Its key is cut after 80 characters, and loses leading zeros if it starts with a number.
 int ini_load_file(const char *path, IniHandler handler, void *user);
 
-/// The same on a text in memory, which may be of any bytes. `line`, if not null, holds the number of the line
-/// whenever the handler is called.
-int ini_load_text(const char *text, size_t length, IniHandler handler, void *user, int *line = nullptr);
+/// A text in memory, which must stay, as a stream. Throws std::bad_alloc.
+std::unique_ptr<std::FILE, int (*)(std::FILE *)> open_text(const char *text, size_t length);
 
-/// The same on an open stream, which stays open.
+/// The same on an open stream, which stays open. `line`, if not null, holds the number of the line whenever
+/// the handler is called.
 int ini_load_stream(std::FILE *stream, IniHandler handler, void *user, int *line = nullptr);
 
 } // namespace cfa

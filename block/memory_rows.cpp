@@ -1,0 +1,79 @@
+#include "block/memory_rows.h"
+
+#include "cmodel/cfa/src/lines/kernels/file_words.h"
+
+namespace cfa {
+namespace {
+
+// One channel of a row of samples that lie `stride` bytes apart.
+template <class Source> void scatter(const Source &source, int width, uint16_t *row, ptrdiff_t stride) {
+    for (int x = 0; x < width; ++x)
+        row[x * (stride / 2)] = static_cast<uint16_t>(source(x));
+}
+
+} // namespace
+
+uint16_t Mosaic::union_of_bits() const {
+    uint16_t any = 0;
+    for (uint32_t y = 0; y < height; ++y)
+        any |= union_of_samples(layout.row(y), width);
+    return any;
+}
+
+FramePtr Mosaic::frame() const {
+    FramePtr frame(new_frame(FRAME_TYPE_IMG, FRAME_FMT_MONO, width, height, 1, 16));
+    for (uint32_t y = 0; y < height; ++y)
+        for (uint32_t x = 0; x < width; ++x)
+            sample(frame.get(), static_cast<int>(y), static_cast<int>(x)) = layout.row(y)[x];
+    return frame;
+}
+
+void MemorySource::read(int y, Sample *even, Sample *odd) {
+    split_samples(mosaic_.layout.row(y), static_cast<int>(mosaic_.width), even, odd);
+}
+
+MemorySink::MemorySink(const OutputLayouts &out, int width)
+    : out_(out), width_(width), row_(static_cast<size_t>(width)) {}
+
+void MemorySink::rgb(int y, SplitRow red, SplitRow green, SplitRow blue) {
+    if (!out_.rgb)
+        return;
+    if (out_.rgb.channels_packed()) {
+        join_samples(red, green, blue, width_, out_.rgb.row(y));
+        return;
+    }
+    join(out_.rgb, y, 0, red);
+    join(out_.rgb, y, 1, green);
+    join(out_.rgb, y, 2, blue);
+}
+
+void MemorySink::dc(int y, SplitRow row) {
+    if (out_.dc)
+        join(out_.dc, y, 0, row);
+}
+
+void MemorySink::gain(int y, SplitRow row) {
+    if (out_.gain)
+        join(out_.gain, y, 0, row);
+}
+
+void MemorySink::join(const Layout &image, int y, int channel, SplitRow row) {
+    if (image.pixels_packed()) {
+        join_samples(row, width_, image.row(y, channel));
+        return;
+    }
+    join_samples(row, width_, row_.data());
+    scatter([this](int x) { return row_[static_cast<size_t>(x)]; }, width_, image.row(y, channel),
+            image.pixel_stride());
+}
+
+void copy_frame(const FRAME *frame, const Layout &image) {
+    if (!image)
+        return;
+    for (int y = 0; y < height_of(frame); ++y)
+        for (int c = 0; c < static_cast<int>(frame->channels); ++c)
+            scatter([=](int x) { return value(frame, y, x, c); }, width_of(frame), image.row(y, c),
+                    image.pixel_stride());
+}
+
+} // namespace cfa

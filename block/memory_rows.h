@@ -1,0 +1,53 @@
+// The line engine on a caller's memory: rows from a mosaic, rows to images of any strides.
+#pragma once
+
+#include <vector>
+
+#include "block/layout.h"
+#include "cmodel/cfa/src/lines/rows.h"
+#include "cmodel/common/frame.h"
+
+namespace cfa {
+
+/// A mosaic in the caller's memory.
+struct Mosaic {
+    Layout layout;
+    uint32_t width, height;
+
+    /// All bits that occur in any of the samples.
+    uint16_t union_of_bits() const;
+    FramePtr frame() const;
+};
+
+class MemorySource : public RowSource {
+  public:
+    explicit MemorySource(const Mosaic &mosaic) : mosaic_(mosaic) {}
+    void read(int y, Sample *even, Sample *odd) override;
+
+  private:
+    const Mosaic &mosaic_;
+};
+
+struct OutputLayouts {
+    Layout rgb, dc, gain; // empty for an output that is not wanted
+};
+
+class MemorySink : public RowSink {
+  public:
+    MemorySink(const OutputLayouts &out, int width);
+    void rgb(int y, SplitRow red, SplitRow green, SplitRow blue) override;
+    void dc(int y, SplitRow row) override;
+    void gain(int y, SplitRow row) override;
+
+  private:
+    void join(const Layout &image, int y, int channel, SplitRow row);
+
+    const OutputLayouts &out_;
+    const int width_;
+    std::vector<uint16_t> row_; // where samples do not lie side by side
+};
+
+/// Writes channel by channel what a frame holds, cut to 16 bits. Does nothing for an empty layout.
+void copy_frame(const FRAME *frame, const Layout &image);
+
+} // namespace cfa
