@@ -86,7 +86,7 @@ std::time_t __wrap_time(std::time_t *out) {
 }
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 namespace {
 
 bool fails(size_t size) {

@@ -7,8 +7,8 @@
 
 #include "tests/support/support.h"
 
-/// Whether the programs under test carry the address sanitizer: no allocator but its own, and slow to start.
-#if defined(__SANITIZE_ADDRESS__)
+/// Whether the programs under test carry a sanitizer: no allocator but its own, and slow to start.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool SANITIZED = true;
 #elif defined(__has_feature)
 constexpr bool SANITIZED = __has_feature(address_sanitizer);
