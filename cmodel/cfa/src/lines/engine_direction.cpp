@@ -11,11 +11,17 @@ void LineEngine::cast_votes(int y) {
 }
 
 DirectionEvidence LineEngine::evidence(int y, int parity, int first) const {
-    return {activity_h_.half(y, parity) + first,     activity_v_.half(y, parity) + first,
-            sig_h_.half(0, parity) + first,          sig_v_.half(0, parity) + first,
-            luma_.half(0, parity) + first,           direction_.left(y - 1, parity) + first,
-            direction_.half(y - 1, parity) + first,  vote_below_.left(y + 1, parity) + first,
-            vote_below_.half(y + 1, parity) + first, vote_right_.left(0, parity) + 1 + first};
+    const bool is_green = parity != color_parity(y); // only there luma is read
+    return {activity_h_.half(y, parity) + first,
+            activity_v_.half(y, parity) + first,
+            sig_h_.half(0, parity) + first,
+            sig_v_.half(0, parity) + first,
+            is_green ? luma_.half(0, parity) + first : nullptr,
+            direction_.left(y - 1, parity) + first,
+            direction_.half(y - 1, parity) + first,
+            vote_below_.left(y + 1, parity) + first,
+            vote_below_.half(y + 1, parity) + first,
+            vote_right_.left(0, parity) + 1 + first};
 }
 
 void LineEngine::decide_half(int y, int parity, DirectionByLeft out, bool may_vote, int first, int count) {
