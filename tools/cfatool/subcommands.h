@@ -1,22 +1,31 @@
-// Every subcommand of cfatool: one function that adds it, one line here, one call in main.cpp.
+// Every subcommand of cfatool: a declaration and a row here, and a file of its name.
 #pragma once
 
-namespace CLI {
-class App;
-}
+#include "tools/cfatool/command_line.h"
 
 namespace cfatool {
 
-/// Each adds its subcommand to the program; once chosen, it runs when the arguments are parsed, throws
-/// Trouble, and leaves STATUS_FOUND in `status` if it found something.
-void add_chart(CLI::App &program, int &status);
-void add_mosaic(CLI::App &program, int &status);
-void add_preview(CLI::App &program, int &status);
-void add_compare(CLI::App &program, int &status);
-void add_probe(CLI::App &program, int &status);
-void add_hex(CLI::App &program, int &status);
-void add_regs(CLI::App &program, int &status);
-void add_report(CLI::App &program, int &status);
-void add_conformance(CLI::App &program, int &status);
+// Each says what its subcommand takes and does.
+void chart_command(Command &command);
+void mosaic_command(Command &command);
+void preview_command(Command &command);
+void compare_command(Command &command);
+void probe_command(Command &command);
+void hex_command(Command &command);
+void regs_command(Command &command);
+void report_command(Command &command);
+void conformance_command(Command &command);
+
+inline constexpr Subcommand SUBCOMMANDS[] = {
+    {"chart", "Write a test chart as a mosaic (P5)", chart_command},
+    {"mosaic", "Sample an RGB picture into a mosaic (P5)", mosaic_command},
+    {"preview", "Show images as a PNG, several of them side by side", preview_command},
+    {"compare", "Compare two pictures, or all images of two runs", compare_command},
+    {"probe", "Show one pixel in every image of a run, in pipeline order", probe_command},
+    {"hex", "Print a picture as $readmemh text, one sample a line", hex_command},
+    {"regs", "Make, check, compare and change register files", regs_command},
+    {"report", "Make a web page of a run: call, registers, every image", report_command},
+    {"conformance", "Check that a built cfa_cmodel gives the recorded bytes", conformance_command},
+};
 
 } // namespace cfatool

@@ -9,15 +9,20 @@
 namespace cfatool {
 
 /// Something the user has to mend: bad usage, a missing or malformed file, a failed write.
-/// The text is one line that names the file or option and the reason; main prints it and ends with
-/// STATUS_TROUBLE.
+/// The text is one line that names the file or option and the reason; the program prints it and
+/// ends with STATUS_TROUBLE.
 struct Trouble : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Trouble with the command line; main puts the subcommand's name in front and points to its --help.
-struct UsageTrouble : Trouble {
+/// Trouble that no file is to blame for: the subcommand's name is put in front of it.
+struct CommandTrouble : Trouble {
     using Trouble::Trouble;
+};
+
+/// Trouble with the command line: the line points to the subcommand's --help, too.
+struct UsageTrouble : CommandTrouble {
+    using CommandTrouble::CommandTrouble;
 };
 
 /// Trouble with a file: "path: reason".

@@ -3,9 +3,9 @@
 #include <memory>
 
 #include "tools/cfatool/base/integer_math.h"
+#include "tools/cfatool/base/numbers.h"
 #include "tools/cfatool/base/suggestion.h"
 #include "tools/cfatool/charts/charts.h"
-#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/subcommands.h"
 
 namespace cfatool {
@@ -111,24 +111,24 @@ void run(const ChartOptions &options) {
 
 } // namespace
 
-void add_chart(CLI::App &program, int &) {
+void chart_command(Command &command) {
     const auto options = std::make_shared<ChartOptions>();
-    CLI::App *app = program.add_subcommand("chart", "Write a test chart as a mosaic (P5)");
-    app->add_flag("--list", options->list, "Name the charts, a line each");
-    app->add_option("NAME", options->name, "The chart")->type_name("");
-    app->add_option("--size", options->size, "Width and height in pixels, 1 to 65535 each")->type_name("WxH");
-    add_number(*app, "--bayer", options->bayer, 0, 15, "Pattern id, 0 to 15: 0 BGGR, 1 GBRG, 2 GRBG, 3 RGGB");
-    add_number(*app, "--bits", options->bits, 2, 31, "Depth of the samples, 2 to 31 (12)");
-    add_number(*app, "--seed", options->seed, 0, INT64_MAX, "Seed of noise and random charts (1)");
-    add_thousandths(*app, "--noise", options->noise, 0, 1000000000,
-                    "Standard deviation of normal noise, in sample steps (scene: 4 at 12 bits; others 0)");
-    add_thousandths(*app, "--period", options->period, 1000, 1000000, "Distance of what repeats, in pixels");
-    add_thousandths(*app, "--angle", options->angle, 0, 360000, "Angle in degrees");
-    app->add_option("--rgb", options->rgb, "Colour of the flat chart, in samples")->type_name("R,G,B");
-    app->add_option("-o", options->output, "The file to write")->type_name("FILE");
-    app->footer("Example: cfatool chart scene --size 640x480 --bayer 3 -o scene.ppm\n"
-                "The same arguments give the same bytes on every machine.");
-    app->callback([options] { run(*options); });
+    command.flag("--list", options->list, "Name the charts, a line each");
+    command.word("NAME", options->name, "The chart", Need::optional);
+    command.text("--size", options->size, "WxH", "Width and height in pixels, 1 to 65535 each");
+    command.number("--bayer", options->bayer, 0, 15, "Pattern id, 0 to 15: 0 BGGR, 1 GBRG, 2 GRBG, 3 RGGB");
+    command.number("--bits", options->bits, 2, 31, "Depth of the samples, 2 to 31 (12)");
+    command.number("--seed", options->seed, 0, INT64_MAX, "Seed of noise and random charts (1)");
+    command.thousandths(
+        "--noise", options->noise, 0, 1000000000,
+        "Standard deviation of normal noise, in sample steps (scene: 4 at 12 bits; others 0)");
+    command.thousandths("--period", options->period, 1000, 1000000, "Distance of what repeats, in pixels");
+    command.thousandths("--angle", options->angle, 0, 360000, "Angle in degrees");
+    command.text("--rgb", options->rgb, "R,G,B", "Colour of the flat chart, in samples");
+    command.text("-o", options->output, "FILE", "The file to write");
+    command.footer("Example: cfatool chart scene --size 640x480 --bayer 3 -o scene.ppm\n"
+                   "The same arguments give the same bytes on every machine.");
+    command.run(options, run);
 }
 
 } // namespace cfatool

@@ -7,7 +7,6 @@
 #include <memory>
 
 #include "tools/cfatool/base/json.h"
-#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/runs/run_images.h"
 #include "tools/cfatool/subcommands.h"
 
@@ -114,12 +113,11 @@ namespace {
 int run(const CompareCommand &command) {
     const bool folders = is_folder(command.a);
     if (folders != is_folder(command.b))
-        throw Trouble("cfatool compare: one of " + command.a + " and " + command.b +
-                      " is a folder, the other is not");
+        throw CommandTrouble("one of " + command.a + " and " + command.b + " is a folder, the other is not");
     if (folders && !command.options.map.empty())
-        throw Trouble("cfatool compare: --map goes with two pictures, not with folders");
+        throw CommandTrouble("--map goes with two pictures, not with folders");
     if (!folders && command.common)
-        throw Trouble("cfatool compare: --common goes with two folders, not with pictures");
+        throw CommandTrouble("--common goes with two folders, not with pictures");
     if (folders)
         return compare_folders(command);
     const Comparison found = compare_pictures(command.a, command.b, command.options);
@@ -132,25 +130,24 @@ int run(const CompareCommand &command) {
 
 } // namespace
 
-void add_compare(CLI::App &program, int &status) {
-    const auto command = std::make_shared<CompareCommand>();
-    CompareOptions &options = command->options;
+void compare_command(Command &command) {
+    const auto compare = std::make_shared<CompareCommand>();
+    CompareOptions &options = compare->options;
     options.max_list = 0;
-    CLI::App *app = program.add_subcommand("compare", "Compare two pictures, or all images of two runs");
-    app->add_option("A", command->a, "P5 or P6 picture, or a run folder")->type_name("")->required();
-    app->add_option("B", command->b, "What to compare it with")->type_name("")->required();
-    add_number(*app, "--tolerance", options.tolerance, 0, UINT32_MAX, "Largest difference that passes (0)");
-    app->add_option("--crop", options.crop, "Only this part of the pictures")->type_name("X,Y,W,H");
-    add_number(*app, "--bayer", command->bayer, 0, 15, "Name the colour of a site by this pattern id");
-    app->add_option("--map", options.map, "Paint where and how much: blue little, magenta, yellow much")
-        ->type_name("FILE.png");
-    add_number(*app, "--max-list", options.max_list, 0, INT32_MAX, "List up to N samples that differ (0)");
-    app->add_flag("--common", command->common, "Folders: images on one side only do not count");
-    app->add_flag("--json", command->json, "Print JSON");
-    app->footer("Examples: cfatool compare out.ppm rtl_out.ppm --bayer 3 --map where.png\n"
-                "          cfatool compare run/ rtl_run/     names the first stage that differs\n"
-                "Exit status: 0 equal, 1 different or an image on one side only, 2 trouble.");
-    app->callback([command, &status] { status = run(*command); });
+    command.word("A", compare->a, "P5 or P6 picture, or a run folder");
+    command.word("B", compare->b, "What to compare it with");
+    command.number("--tolerance", options.tolerance, 0, UINT32_MAX, "Largest difference that passes (0)");
+    command.text("--crop", options.crop, "X,Y,W,H", "Only this part of the pictures");
+    command.number("--bayer", compare->bayer, 0, 15, "Name the colour of a site by this pattern id");
+    command.text("--map", options.map, "FILE.png",
+                 "Paint where and how much: blue little, magenta, yellow much");
+    command.number("--max-list", options.max_list, 0, INT32_MAX, "List up to N samples that differ (0)");
+    command.flag("--common", compare->common, "Folders: images on one side only do not count");
+    command.flag("--json", compare->json, "Print JSON");
+    command.footer("Examples: cfatool compare out.ppm rtl_out.ppm --bayer 3 --map where.png\n"
+                   "          cfatool compare run/ rtl_run/     names the first stage that differs\n"
+                   "Exit status: 0 equal, 1 different or an image on one side only, 2 trouble.");
+    command.run(compare, run);
 }
 
 } // namespace cfatool

@@ -126,7 +126,7 @@ int compare_folders(const CompareCommand &command) {
                       << "only in " << (pair.b.empty() ? command.a : command.b) << "\n";
     }
     if (progress.compared + progress.unreadable == 0)
-        throw Trouble("cfatool compare: no image is in both " + command.a + " and " + command.b);
+        throw CommandTrouble("no image is in both " + command.a + " and " + command.b);
     if (command.json)
         print_json(command, progress, pairs);
     else if (progress.different > 0)

@@ -13,7 +13,6 @@
 #include "tools/cfatool/base/output_file.h"
 #include "tools/cfatool/base/scratch_folder.h"
 #include "tools/cfatool/base/sha256.h"
-#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/conformance/conformance_set.h"
 #include "tools/cfatool/registers/ini_text.h"
 #include "tools/cfatool/runs/run_images.h"
@@ -35,7 +34,7 @@ std::string program_folder() {
     char path[PATH_MAX];
     const ssize_t length = readlink("/proc/self/exe", path, sizeof path);
     if (length <= 0)
-        throw Trouble("cfatool conformance: the program does not find itself; give --tool and --sums");
+        throw CommandTrouble("the program does not find itself; give --tool and --sums");
     return std::filesystem::path(std::string(path, static_cast<size_t>(length))).parent_path().string();
 }
 
@@ -153,7 +152,7 @@ int run(const ConformanceOptions &options) {
         options.sums.empty() ? program_folder() + "/" CFATOOL_DATA "/conformance.sha256" : options.sums;
     const bool record = !options.record.empty();
     if (record && !options.sums.empty())
-        throw Trouble("cfatool conformance: --record makes new sums and takes no --sums");
+        throw CommandTrouble("--record makes new sums and takes no --sums");
     const Sums recorded = record ? Sums() : read_sums(recorded_path);
     if (access(tool.c_str(), X_OK) != 0)
         throw errno_trouble(tool);
@@ -180,20 +179,16 @@ int run(const ConformanceOptions &options) {
 
 } // namespace
 
-void add_conformance(CLI::App &program, int &status) {
+void conformance_command(Command &command) {
     const auto options = std::make_shared<ConformanceOptions>();
-    CLI::App *app =
-        program.add_subcommand("conformance", "Check that a built cfa_cmodel gives the recorded bytes");
-    app->add_option("--tool", options->tool, "The cfa_cmodel to check (the one beside this program)")
-        ->type_name("PATH");
-    app->add_option("--sums", options->sums, "The recorded sums (those installed with this program)")
-        ->type_name("FILE");
-    app->add_option("--record", options->record, "Record the sums of this tool instead of checking them")
-        ->type_name("FILE");
-    app->footer("Example: cfatool conformance --tool ./cfa_cmodel\n"
-                "Every case runs with and without debug images. Needs neither network nor other files.\n"
-                "Exit status: 0 all bytes as recorded, 1 some are not, 2 trouble.");
-    app->callback([options, &status] { status = run(*options); });
+    command.text("--tool", options->tool, "PATH", "The cfa_cmodel to check (the one beside this program)");
+    command.text("--sums", options->sums, "FILE", "The recorded sums (those installed with this program)");
+    command.text("--record", options->record, "FILE",
+                 "Record the sums of this tool instead of checking them");
+    command.footer("Example: cfatool conformance --tool ./cfa_cmodel\n"
+                   "Every case runs with and without debug images. Needs neither network nor other files.\n"
+                   "Exit status: 0 all bytes as recorded, 1 some are not, 2 trouble.");
+    command.run(options, run);
 }
 
 } // namespace cfatool

@@ -6,7 +6,6 @@
 #include <optional>
 
 #include "tools/cfatool/base/output_file.h"
-#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/pictures/picture_crop.h"
 #include "tools/cfatool/subcommands.h"
 
@@ -63,19 +62,15 @@ void run(const HexOptions &options) {
 
 } // namespace
 
-void add_hex(CLI::App &program, int &) {
+void hex_command(Command &command) {
     const auto options = std::make_shared<HexOptions>();
-    CLI::App *app = program.add_subcommand("hex", "Print a picture as $readmemh text, one sample a line");
-    app->add_option("FILE", options->file, "P5 or P6 picture, 1 to 4 bytes a sample")
-        ->type_name("")
-        ->required();
-    app->add_option("--crop", options->crop, "Only this part")->type_name("X,Y,W,H");
-    app->add_option("-o", options->output, "Write to this file instead of standard output")
-        ->type_name("FILE");
-    app->footer(
+    command.word("FILE", options->file, "P5 or P6 picture, 1 to 4 bytes a sample");
+    command.text("--crop", options->crop, "X,Y,W,H", "Only this part");
+    command.text("-o", options->output, "FILE", "Write to this file instead of standard output");
+    command.footer(
         "Example: cfatool hex raw.ppm -o raw.mem\n"
         "Rows top to bottom, R, G, B of a pixel one after the other; as many digits as the maximum value.");
-    app->callback([options] { run(*options); });
+    command.run(options, run);
 }
 
 } // namespace cfatool

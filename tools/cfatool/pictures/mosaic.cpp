@@ -2,7 +2,6 @@
 #include <memory>
 
 #include "tools/cfatool/base/integer_math.h"
-#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/pictures/mosaic_writer.h"
 #include "tools/cfatool/pictures/picture_reader.h"
 #include "tools/cfatool/pictures/png_file.h"
@@ -61,26 +60,25 @@ void mosaic_of_ppm(const MosaicOptions &options) {
     writer.commit();
 }
 
+void run(const MosaicOptions &options) {
+    is_png(options.picture) ? mosaic_of_png(options) : mosaic_of_ppm(options);
+}
+
 } // namespace
 
-void add_mosaic(CLI::App &program, int &) {
+void mosaic_command(Command &command) {
     const auto options = std::make_shared<MosaicOptions>();
-    CLI::App *app = program.add_subcommand("mosaic", "Sample an RGB picture into a mosaic (P5)");
-    app->add_option("PICTURE", options->picture, "PNG of 8 or 16 bits, or P6 of 1 to 4 bytes a sample")
-        ->type_name("")
-        ->required();
-    add_number(*app, "--bayer", options->form.bayer, 0, 15,
-               "Pattern id, 0 to 15: 0 BGGR, 1 GBRG, 2 GRBG, 3 RGGB")
-        ->required();
-    add_number(*app, "--bits", options->form.bits, 2, 31, "Depth of the samples, 2 to 31 (12)");
-    add_thousandths(*app, "--noise", options->form.noise, 0, 1000000000,
-                    "Standard deviation of normal noise, in sample steps (0)");
-    add_number(*app, "--seed", options->form.seed, 0, INT64_MAX, "Seed of the noise (1)");
-    add_output(*app, options->output, "The file to write");
-    app->footer("Example: cfatool mosaic photo.png --bayer 3 --noise 2.5 -o photo.ppm\n"
-                "Values are scaled to the depth, no gamma; greyscale and alpha are refused.");
-    app->callback(
-        [options] { is_png(options->picture) ? mosaic_of_png(*options) : mosaic_of_ppm(*options); });
+    command.word("PICTURE", options->picture, "PNG of 8 or 16 bits, or P6 of 1 to 4 bytes a sample");
+    command.number("--bayer", options->form.bayer, 0, 15,
+                   "Pattern id, 0 to 15: 0 BGGR, 1 GBRG, 2 GRBG, 3 RGGB", Need::required);
+    command.number("--bits", options->form.bits, 2, 31, "Depth of the samples, 2 to 31 (12)");
+    command.thousandths("--noise", options->form.noise, 0, 1000000000,
+                        "Standard deviation of normal noise, in sample steps (0)");
+    command.number("--seed", options->form.seed, 0, INT64_MAX, "Seed of the noise (1)");
+    command.text("-o", options->output, "FILE", "The file to write", Need::required);
+    command.footer("Example: cfatool mosaic photo.png --bayer 3 --noise 2.5 -o photo.ppm\n"
+                   "Values are scaled to the depth, no gamma; greyscale and alpha are refused.");
+    command.run(options, run);
 }
 
 } // namespace cfatool

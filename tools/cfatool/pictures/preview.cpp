@@ -2,8 +2,7 @@
 #include <list>
 #include <memory>
 
-#include "tools/cfatool/command_line.h"
-#include "tools/cfatool/pictures/picture_reader.h"
+#include "tools/cfatool/pictures/picture_crop.h"
 #include "tools/cfatool/pictures/png_file.h"
 #include "tools/cfatool/pictures/preview_colours.h"
 #include "tools/cfatool/subcommands.h"
@@ -48,17 +47,6 @@ void check_sizes(const std::list<Shown> &shown) {
         throw file_trouble(shown.front().reader.path(), "a picture of no pixels has no preview");
 }
 
-Crop crop_of(const PreviewOptions &options, const PictureReader &reader) {
-    const PictureInfo &info = reader.info();
-    if (options.crop.empty())
-        return {0, 0, info.width, info.height};
-    const Crop crop = parse_crop(options.crop, "--crop");
-    if (crop.x > info.width - crop.width || crop.y > info.height - crop.height)
-        throw file_trouble(reader.path(), "--crop " + options.crop + " leaves the picture of " +
-                                              std::to_string(info.width) + "x" + std::to_string(info.height));
-    return crop;
-}
-
 /// The current rows of all pictures, cropped and zoomed, as RGB bytes.
 std::vector<uint8_t> preview_row(const std::list<Shown> &shown, const Crop &crop,
                                  const PreviewOptions &options) {
@@ -83,7 +71,7 @@ void run(const PreviewOptions &options) {
     for (const std::string &path : options.files)
         shown.emplace_back(path, options.false_colour);
     check_sizes(shown);
-    const Crop crop = crop_of(options, shown.front().reader);
+    const Crop crop = crop_in(options.crop, shown.front().reader);
     const auto count = static_cast<int64_t>(shown.size());
     const int64_t width = count * crop.width * options.zoom + (count - 1) * GAP;
     const int64_t height = int64_t{crop.height} * options.zoom;
@@ -107,21 +95,18 @@ void run(const PreviewOptions &options) {
 
 } // namespace
 
-void add_preview(CLI::App &program, int &) {
+void preview_command(Command &command) {
     const auto options = std::make_shared<PreviewOptions>();
-    CLI::App *app = program.add_subcommand("preview", "Show images as a PNG, several of them side by side");
-    app->add_option("FILES", options->files, "P5 or P6 pictures of one size, 1 to 4 bytes a sample")
-        ->type_name("")
-        ->required();
-    add_output(*app, options->output, "The PNG file to write");
-    add_thousandths(*app, "--gain", options->gain, 1, 1000000, "Brighten by this factor (1)");
-    app->add_flag("--false-colour", options->false_colour, "Show one channel from black over blue to white");
-    app->add_option("--crop", options->crop, "Only this part")->type_name("X,Y,W,H");
-    add_number(*app, "--zoom", options->zoom, 1, 64, "Show every pixel as N x N (1)");
-    app->footer("Examples: cfatool preview out.ppm -o out.png\n"
-                "          cfatool preview before.ppm after.ppm --crop 20,20,100,80 --zoom 4 -o both.png\n"
-                "dbg_img_DirInfo.ppm is shown in three colours, dbg_sg_*_4x_8b.ppm as signed maps.");
-    app->callback([options] { run(*options); });
+    command.words("FILES", options->files, "P5 or P6 pictures of one size, 1 to 4 bytes a sample");
+    command.text("-o", options->output, "FILE", "The PNG file to write", Need::required);
+    command.thousandths("--gain", options->gain, 1, 1000000, "Brighten by this factor (1)");
+    command.flag("--false-colour", options->false_colour, "Show one channel from black over blue to white");
+    command.text("--crop", options->crop, "X,Y,W,H", "Only this part");
+    command.number("--zoom", options->zoom, 1, 64, "Show every pixel as N x N (1)");
+    command.footer("Examples: cfatool preview out.ppm -o out.png\n"
+                   "          cfatool preview before.ppm after.ppm --crop 20,20,100,80 --zoom 4 -o both.png\n"
+                   "dbg_img_DirInfo.ppm is shown in three colours, dbg_sg_*_4x_8b.ppm as signed maps.");
+    command.run(options, run);
 }
 
 } // namespace cfatool

@@ -6,7 +6,6 @@
 #include "tools/cfatool/base/json.h"
 #include "tools/cfatool/base/output_file.h"
 #include "tools/cfatool/base/suggestion.h"
-#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/registers/ini_text.h"
 #include "tools/cfatool/registers/regs_check.h"
 #include "tools/cfatool/registers/regs_edit.h"
@@ -16,14 +15,28 @@
 namespace cfatool {
 namespace {
 
-/// What the subcommands of regs take; each uses its own part.
-struct RegsOptions {
+// What the subcommands of regs take.
+struct DefaultsOptions {
+    std::string block, output;
+};
+struct CheckOptions {
     std::vector<std::string> files;
-    std::vector<std::string> assignments;
-    std::string file, block, from, output;
     bool unset = false, json = false;
 };
-using Options = std::shared_ptr<RegsOptions>;
+struct DiffOptions {
+    std::vector<std::string> files; // two
+    bool json = false;
+};
+struct SetOptions {
+    std::string file, output;
+    std::vector<std::string> assignments;
+};
+struct DumpOptions {
+    std::string file, from, block;
+};
+struct DocOptions {
+    std::string output;
+};
 
 void write_text(const std::string &path, const std::string &text) {
     if (path.empty())
@@ -47,8 +60,8 @@ const RegisterTable &table_of(const std::string &block) {
     for (const BlockPart &p : registers.parts())
         if (block == p.table->name && !p.table->registers.empty())
             return *p.table;
-    throw Trouble("cfatool regs: unknown block '" + block + "'" + suggestion(block, block_names()) +
-                  " (blocks: cfa, cmodel_top)");
+    throw CommandTrouble("unknown block '" + block + "'" + suggestion(block, block_names()) +
+                         " (blocks: cfa, cmodel_top)");
 }
 
 std::string finding_json(const std::string &file, const Finding &finding) {
@@ -67,7 +80,7 @@ std::string unset_json(const std::string &file, const UnsetRegisters &unset) {
                       json_member("unset", json_list("[]", keys))});
 }
 
-int check(const RegsOptions &options) {
+int check(const CheckOptions &options) {
     std::vector<std::string> findings, unset_list;
     for (const std::string &file : options.files) {
         const CheckResult result = check_registers(read_whole_file(file));
@@ -95,7 +108,7 @@ int check(const RegsOptions &options) {
     return findings.empty() ? STATUS_GOOD : STATUS_FOUND;
 }
 
-int diff(const RegsOptions &options) {
+int diff(const DiffOptions &options) {
     Registers a, b;
     a.load(options.files[0]);
     b.load(options.files[1]);
@@ -119,7 +132,7 @@ int diff(const RegsOptions &options) {
     return found.empty() ? STATUS_GOOD : STATUS_FOUND;
 }
 
-void set(const RegsOptions &options) {
+void set(const SetOptions &options) {
     const std::string &file = options.file;
     std::string bytes = read_whole_file(file);
     for (const std::string &assignment : options.assignments)
@@ -127,7 +140,7 @@ void set(const RegsOptions &options) {
     write_whole_file(options.output.empty() ? file : options.output, bytes);
 }
 
-void dump(const RegsOptions &options) {
+void dump(const DumpOptions &options) {
     const std::string &file = options.file;
     const std::string source = options.from.empty() ? file : options.from;
     Registers registers;
@@ -143,75 +156,79 @@ void dump(const RegsOptions &options) {
                     blocks.push_back(name);
     }
     if (blocks.empty())
-        throw Trouble("cfatool regs dump: " + source + " has no section of a block; name one with --block");
+        throw CommandTrouble(source + " has no section of a block; name one with --block");
     dump_registers(registers, blocks, file);
 }
 
-void add_writers(CLI::App &regs) {
-    const Options o = std::make_shared<RegsOptions>();
-    CLI::App *app = regs.add_subcommand("defaults", "Print a complete, annotated INI file of a block");
-    app->add_option("BLOCK", o->block, "cfa or cmodel_top")->type_name("")->required();
-    app->add_option("-o", o->output, "Write to this file instead of standard output")->type_name("FILE");
-    app->footer("Example: cfatool regs defaults cfa -o cfa.ini");
-    app->callback([o] { write_text(o->output, defaults_text(table_of(o->block))); });
-
-    const Options d = std::make_shared<RegsOptions>();
-    app = regs.add_subcommand("doc", "Print the register reference as Markdown");
-    app->add_option("-o", d->output, "Write to this file instead of standard output")->type_name("FILE");
-    app->footer("Example: cfatool regs doc -o docs/registers.md");
-    app->callback([d] { write_text(d->output, reference_text()); });
+void defaults_command(Command &command) {
+    const auto options = std::make_shared<DefaultsOptions>();
+    command.word("BLOCK", options->block, "cfa or cmodel_top");
+    command.text("-o", options->output, "FILE", "Write to this file instead of standard output");
+    command.footer("Example: cfatool regs defaults cfa -o cfa.ini");
+    command.run(options,
+                [](const DefaultsOptions &o) { write_text(o.output, defaults_text(table_of(o.block))); });
 }
 
-void add_checks(CLI::App &regs, int &status) {
-    const Options c = std::make_shared<RegsOptions>();
-    CLI::App *app = regs.add_subcommand("check", "Say what loading a file would accept without a word");
-    app->add_option("FILES", c->files, "INI files")->type_name("")->required();
-    app->add_flag("--unset", c->unset, "Name the registers that the file leaves at their defaults");
-    app->add_flag("--json", c->json, "Print JSON");
-    app->footer("Example: cfatool regs check cfa.ini cmodel_top.ini\n"
-                "Exit status: 0 nothing found, 1 something found, 2 trouble.");
-    app->callback([c, &status] { status = check(*c); });
-
-    const Options d = std::make_shared<RegsOptions>();
-    app = regs.add_subcommand("diff", "Print the registers that differ once two files are loaded");
-    app->add_option("FILES", d->files, "Two INI files")->type_name("")->required()->expected(2);
-    app->add_flag("--json", d->json, "Print JSON");
-    app->footer("Example: cfatool regs diff samples/cfa.ini cfa.ini\n"
-                "Exit status: 0 the same, 1 different, 2 trouble.");
-    app->callback([d, &status] { status = diff(*d); });
+void check_command(Command &command) {
+    const auto options = std::make_shared<CheckOptions>();
+    command.words("FILES", options->files, "INI files");
+    command.flag("--unset", options->unset, "Name the registers that the file leaves at their defaults");
+    command.flag("--json", options->json, "Print JSON");
+    command.footer("Example: cfatool regs check cfa.ini cmodel_top.ini\n"
+                   "Exit status: 0 nothing found, 1 something found, 2 trouble.");
+    command.run(options, check);
 }
 
-void add_editors(CLI::App &regs) {
-    const Options s = std::make_shared<RegsOptions>();
-    CLI::App *app = regs.add_subcommand("set", "Change registers in an INI file, leaving the rest as it is");
-    app->add_option("FILE", s->file, "The INI file")->type_name("")->required();
-    app->add_option("ASSIGNMENTS", s->assignments, "key=value, decimal, within the register's range")
-        ->type_name("")
-        ->required();
-    app->add_option("-o", s->output, "Write here and leave FILE alone")->type_name("FILE");
-    app->footer("Example: cfatool regs set cfa.ini reg_cfa_shpn_enable=1 reg_cfa_shpn_gain_value=40");
-    app->callback([s] { set(*s); });
-
-    const Options d = std::make_shared<RegsOptions>();
-    app = regs.add_subcommand("dump", "Write every register value of a block into an INI file");
-    app->add_option("FILE", d->file, "The INI file; other sections of it stay")->type_name("")->required();
-    app->add_option("--from", d->from, "Take the values from this file instead of FILE")->type_name("FILE");
-    app->add_option("--block", d->block, "cfa or cmodel_top; otherwise the blocks that the file names")
-        ->type_name("BLOCK");
-    app->footer("Example: cfatool regs dump full.ini --from cfa.ini\n"
-                "The block's section is replaced whole, comments in it are lost.");
-    app->callback([d] { dump(*d); });
+void diff_command(Command &command) {
+    const auto options = std::make_shared<DiffOptions>();
+    command.words("FILES", options->files, "Two INI files", 2);
+    command.flag("--json", options->json, "Print JSON");
+    command.footer("Example: cfatool regs diff samples/cfa.ini cfa.ini\n"
+                   "Exit status: 0 the same, 1 different, 2 trouble.");
+    command.run(options, diff);
 }
+
+void set_command(Command &command) {
+    const auto options = std::make_shared<SetOptions>();
+    command.word("FILE", options->file, "The INI file");
+    command.words("ASSIGNMENTS", options->assignments, "key=value, decimal, within the register's range");
+    command.text("-o", options->output, "FILE", "Write here and leave FILE alone");
+    command.footer("Example: cfatool regs set cfa.ini reg_cfa_shpn_enable=1 reg_cfa_shpn_gain_value=40");
+    command.run(options, set);
+}
+
+void dump_command(Command &command) {
+    const auto options = std::make_shared<DumpOptions>();
+    command.word("FILE", options->file, "The INI file; other sections of it stay");
+    command.text("--from", options->from, "FILE", "Take the values from this file instead of FILE");
+    command.text("--block", options->block, "BLOCK",
+                 "cfa or cmodel_top; otherwise the blocks that the file names");
+    command.footer("Example: cfatool regs dump full.ini --from cfa.ini\n"
+                   "The block's section is replaced whole, comments in it are lost.");
+    command.run(options, dump);
+}
+
+void doc_command(Command &command) {
+    const auto options = std::make_shared<DocOptions>();
+    command.text("-o", options->output, "FILE", "Write to this file instead of standard output");
+    command.footer("Example: cfatool regs doc -o docs/registers.md");
+    command.run(options, [](const DocOptions &o) { write_text(o.output, reference_text()); });
+}
+
+constexpr Subcommand REGS_SUBCOMMANDS[] = {
+    {"defaults", "Print a complete, annotated INI file of a block", defaults_command},
+    {"doc", "Print the register reference as Markdown", doc_command},
+    {"check", "Say what loading a file would accept without a word", check_command},
+    {"diff", "Print the registers that differ once two files are loaded", diff_command},
+    {"set", "Change registers in an INI file, leaving the rest as it is", set_command},
+    {"dump", "Write every register value of a block into an INI file", dump_command},
+};
 
 } // namespace
 
-void add_regs(CLI::App &program, int &status) {
-    CLI::App *regs = program.add_subcommand("regs", "Make, check, compare and change register files");
-    regs->require_subcommand(1);
-    regs->footer("Example: cfatool regs check cfa.ini");
-    add_writers(*regs);
-    add_checks(*regs, status);
-    add_editors(*regs);
+void regs_command(Command &command) {
+    command.choice(REGS_SUBCOMMANDS);
+    command.footer("Example: cfatool regs check cfa.ini");
 }
 
 } // namespace cfatool

@@ -1,5 +1,4 @@
 // Registers against each other: slopes against levels, lower against upper limits.
-#include <cstring>
 
 #include "tools/cfatool/registers/regs_check.h"
 

@@ -22,20 +22,19 @@ struct Assignment {
 Assignment parse_assignment(const std::string &text) {
     const size_t equals = text.find('=');
     if (equals == std::string::npos)
-        throw Trouble("cfatool regs set: '" + text + "' is not of the form key=value");
+        throw CommandTrouble("'" + text + "' is not of the form key=value");
     const std::string key = text.substr(0, equals);
     const std::string value = text.substr(equals + 1);
     Registers registers;
     const FoundRegister found = find_register(registers, key);
     if (found.info == nullptr)
-        throw Trouble("cfatool regs set: unknown key '" + key + "'" +
-                      suggestion(key, register_keys(registers)));
+        throw CommandTrouble("unknown key '" + key + "'" + suggestion(key, register_keys(registers)));
     const RegisterInfo &info = *found.info;
     const bool negative = !value.empty() && value[0] == '-';
     const int64_t number = parse_decimal(value.substr(negative), key, 0, INT64_MAX) * (negative ? -1 : 1);
     if (number < cfa::register_min(info.bits, info.is_signed) ||
         number > cfa::register_max(info.bits, info.is_signed))
-        throw Trouble("cfatool regs set: " + key + ": " + value + " does not fit " + width_text(info));
+        throw CommandTrouble("" + key + ": " + value + " does not fit " + width_text(info));
     return {found.where.table->name, key, std::to_string(number)};
 }
 

@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "tools/cfatool/base/json.h"
-#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/compare/picture_compare.h"
 #include "tools/cfatool/pictures/picture_crop.h"
 #include "tools/cfatool/registers/registers.h"
@@ -135,19 +134,15 @@ void run(const ProbeOptions &options) {
 
 } // namespace
 
-void add_probe(CLI::App &program, int &) {
+void probe_command(Command &command) {
     const auto options = std::make_shared<ProbeOptions>();
-    CLI::App *app =
-        program.add_subcommand("probe", "Show one pixel in every image of a run, in pipeline order");
-    app->add_option("RUN_DIR", options->folder, "Folder of a run: debug images, outputs, raw.ppm, INI files")
-        ->type_name("")
-        ->required();
-    app->add_option("PIXEL", options->pixel, "Column and row, X,Y, from 0")->type_name("")->required();
-    add_number(*app, "--window", options->window, 0, 32, "Show the pixels around it up to this distance (0)");
-    app->add_flag("--json", options->json, "Print JSON");
-    app->footer("Example: cfatool probe run/ 17,42 --window 2\n"
-                "Three channels are shown as R/G/B.");
-    app->callback([options] { run(*options); });
+    command.word("RUN_DIR", options->folder, "Folder of a run: debug images, outputs, raw.ppm, INI files");
+    command.word("PIXEL", options->pixel, "Column and row, X,Y, from 0");
+    command.number("--window", options->window, 0, 32, "Show the pixels around it up to this distance (0)");
+    command.flag("--json", options->json, "Print JSON");
+    command.footer("Example: cfatool probe run/ 17,42 --window 2\n"
+                   "Three channels are shown as R/G/B.");
+    command.run(options, run);
 }
 
 } // namespace cfatool

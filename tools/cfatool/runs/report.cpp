@@ -4,7 +4,6 @@
 #include <memory>
 
 #include "tools/cfatool/base/output_file.h"
-#include "tools/cfatool/command_line.h"
 #include "tools/cfatool/registers/ini_text.h"
 #include "tools/cfatool/registers/registers.h"
 #include "tools/cfatool/runs/report_page.h"
@@ -71,21 +70,19 @@ void run(const ReportOptions &options) {
 
 } // namespace
 
-void add_report(CLI::App &program, int &) {
+void report_command(Command &command) {
     const auto options = std::make_shared<ReportOptions>();
-    CLI::App *app =
-        program.add_subcommand("report", "Make a web page of a run: call, registers, every image");
-    app->add_option("RUN_DIR", options->folder, "Folder of the run")->type_name("")->required();
-    app->add_option("-o", options->output, "Folder for the page, made if it is not there")
-        ->type_name("DIR")
-        ->required();
-    app->footer("Example: cfatool report run/ -o report/\n"
-                "A run folder holds cfa.ini, cmodel_top.ini, raw.ppm, out.ppm, out_dc.ppm, out_sg.ppm, the "
-                "debug images\n"
-                "(in it or in dbg/) and, if somebody wrote it there, the command line in call.txt. What is "
-                "missing is\n"
-                "left out; other .ppm files come last.");
-    app->callback([options] { run(*options); });
+    command.word("RUN_DIR", options->folder, "Folder of the run");
+    command.text("-o", options->output, "DIR", "Folder for the page, made if it is not there",
+                 Need::required);
+    command.footer(
+        "Example: cfatool report run/ -o report/\n"
+        "A run folder holds cfa.ini, cmodel_top.ini, raw.ppm, out.ppm, out_dc.ppm, out_sg.ppm, the "
+        "debug images\n"
+        "(in it or in dbg/) and, if somebody wrote it there, the command line in call.txt. What is "
+        "missing is\n"
+        "left out; other .ppm files come last.");
+    command.run(options, run);
 }
 
 } // namespace cfatool
