@@ -11,14 +11,15 @@ missing_packages() {
     missing=
     command -v cmake >/dev/null || missing="$missing cmake"
     command -v make >/dev/null || missing="$missing make"
-    if ! command -v "${CXX:-c++}" >/dev/null; then
-        echo "$missing g++ libinih-dev libpng-dev libcli11-dev doctest-dev"
-        return
-    fi
+    command -v "${CXX:-c++}" >/dev/null || missing="$missing g++" # no header is found then
     has_header ini.h || missing="$missing libinih-dev"
-    has_header png.h || missing="$missing libpng-dev"
-    has_header CLI/CLI.hpp || missing="$missing libcli11-dev"
     has_header doctest/doctest.h || missing="$missing doctest-dev"
+    # The companion program's.
+    has_header CLI/CLI.hpp || missing="$missing libcli11-dev"
+    has_header fmt/core.h || missing="$missing libfmt-dev"
+    has_header nlohmann/json_fwd.hpp || missing="$missing nlohmann-json3-dev"
+    has_header openssl/evp.h || missing="$missing libssl-dev"
+    has_header png.h || missing="$missing libpng-dev"
     echo "$missing"
 }
 

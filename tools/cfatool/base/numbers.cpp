@@ -2,6 +2,8 @@
 #include "tools/cfatool/base/numbers.h"
 
 #include <algorithm>
+#include <charconv>
+#include <fmt/core.h>
 #include <limits>
 
 #include "tools/cfatool/base/trouble.h"
@@ -9,41 +11,31 @@
 namespace cfatool {
 namespace {
 
-bool all_digits(const std::string &text) {
-    return !text.empty() &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
-}
-
-/// The value of a text of digits; anything above the int64 range gives its maximum.
-int64_t digits_value(const std::string &digits) {
-    constexpr int64_t MAX = std::numeric_limits<int64_t>::max();
+/// The value of a text of digits, -1 for any other text; more than int64_t can hold gives its maximum.
+int64_t digits_value(const std::string &text) {
     int64_t value = 0;
-    for (const char c : digits) {
-        const int digit = c - '0';
-        if (value > (MAX - digit) / 10)
-            return MAX;
-        value = value * 10 + digit;
-    }
-    return value;
+    const char *const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value);
+    if (error == std::errc::invalid_argument || stop != end || text[0] == '-')
+        return -1;
+    return error == std::errc() ? value : std::numeric_limits<int64_t>::max();
 }
 
+/// "2.5" for 2500.
 std::string thousandths_text(int64_t value) {
-    std::string text = std::to_string(value / 1000);
-    std::string decimals = std::to_string(1000 + value % 1000).substr(1);
-    while (!decimals.empty() && decimals.back() == '0')
-        decimals.pop_back();
-    return decimals.empty() ? text : text + "." + decimals;
+    std::string text = fmt::format("{}.{:03}", value / 1000, value % 1000);
+    text.erase(text.find_last_not_of('0') + 1);
+    return text.back() == '.' ? text.substr(0, text.size() - 1) : text;
 }
 
 } // namespace
 
 int64_t parse_decimal(const std::string &text, const std::string &what, int64_t min, int64_t max) {
-    if (!all_digits(text))
-        throw UsageTrouble(what + ": '" + text + "' is not a plain decimal number");
     const int64_t value = digits_value(text);
+    if (value < 0)
+        throw UsageTrouble(fmt::format("{}: '{}' is not a plain decimal number", what, text));
     if (value < min || value > max)
-        throw UsageTrouble(what + ": " + text + " is outside " + std::to_string(min) + " to " +
-                           std::to_string(max));
+        throw UsageTrouble(fmt::format("{}: {} is outside {} to {}", what, text, min, max));
     return value;
 }
 
@@ -51,13 +43,14 @@ int64_t parse_thousandths(const std::string &text, const std::string &what, int6
     const size_t point = std::min(text.find('.'), text.size());
     const std::string whole = text.substr(0, point);
     std::string decimals = point < text.size() ? text.substr(point + 1) : "0";
-    if (!all_digits(whole) || !all_digits(decimals) || decimals.size() > 3)
-        throw UsageTrouble(what + ": '" + text + "' is not a decimal number with at most three decimals");
+    if (digits_value(whole) < 0 || digits_value(decimals) < 0 || decimals.size() > 3)
+        throw UsageTrouble(
+            fmt::format("{}: '{}' is not a decimal number with at most three decimals", what, text));
     decimals.resize(3, '0');
     const int64_t value = digits_value(whole + decimals);
     if (value < min || value > max)
-        throw UsageTrouble(what + ": " + text + " is outside " + thousandths_text(min) + " to " +
-                           thousandths_text(max));
+        throw UsageTrouble(fmt::format("{}: {} is outside {} to {}", what, text, thousandths_text(min),
+                                       thousandths_text(max)));
     return value;
 }
 
@@ -73,8 +66,8 @@ std::vector<int64_t> parse_list(const std::string &text, const std::string &what
         begin = end + 1;
     }
     if (values.size() != count)
-        throw UsageTrouble(what + ": '" + text + "' holds " + std::to_string(values.size()) +
-                           " numbers, not " + std::to_string(count));
+        throw UsageTrouble(
+            fmt::format("{}: '{}' holds {} numbers, not {}", what, text, values.size(), count));
     return values;
 }
 

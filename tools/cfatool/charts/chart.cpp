@@ -1,4 +1,5 @@
 // cfatool chart: test charts as mosaics.
+#include <fmt/core.h>
 #include <iostream>
 #include <memory>
 
@@ -29,8 +30,7 @@ struct ChartOptions {
 
 void print_list() {
     for (const Chart &chart : charts())
-        std::cout << std::string(chart.name).append(16 - std::string(chart.name).size(), ' ')
-                  << chart.description << "\n";
+        std::cout << fmt::format("{:<15} {}\n", chart.name, chart.description);
 }
 
 const Chart &find_chart(const std::string &name) {

@@ -15,7 +15,7 @@ int64_t wave(uint32_t phase) {
     return mix(0, FULL, 32768 + sine(phase));
 }
 
-/// Phase of the distance `milli_pixels` (thousandths of a pixel, Q30) in waves of `period` thousandths.
+/// Phase of a distance in pixels (Q30) in waves of `period` thousandths of a pixel.
 uint32_t wave_phase(int64_t distance_q30, int64_t period) {
     return static_cast<uint32_t>(floor_div(distance_q30 * 4000, period));
 }

@@ -1,13 +1,12 @@
 // cfatool compare: two pictures, or two run folders.
 #include "tools/cfatool/compare/compare.h"
 
-#include <cinttypes>
-#include <cmath>
+#include <fmt/core.h>
 #include <iostream>
 #include <memory>
 
-#include "tools/cfatool/base/json.h"
-#include "tools/cfatool/runs/run_images.h"
+#include "tools/cfatool/base/files.h"
+#include "tools/cfatool/compare/compare_json.h"
 #include "tools/cfatool/subcommands.h"
 
 namespace cfatool {
@@ -16,17 +15,9 @@ namespace {
 /// The line of one channel, or of all together. REQUIRES samples > 0.
 std::string channel_line(const char *name, const Comparison &found, const ChannelDifferences &of,
                          uint64_t samples) {
-    char line[120];
     const double share = 100.0 * static_cast<double>(of.differing) / static_cast<double>(samples);
-    std::snprintf(line, sizeof line, "  %-5s %12" PRIu64 " %10.5f%% %12" PRIu32 " %14.6f\n", name,
-                  of.differing, share, of.largest, found.mean(of, samples));
-    return line;
-}
-
-std::string fixed(double number, int decimals) {
-    char text[40];
-    std::snprintf(text, sizeof text, "%.*f", decimals, number);
-    return text;
+    return fmt::format("  {:<5} {:>12} {:>10.5f}% {:>12} {:>14.6f}\n", name, of.differing, share, of.largest,
+                       found.mean(of, samples));
 }
 
 void print_differences(const Comparison &found, const CompareCommand &command) {
@@ -36,10 +27,10 @@ void print_differences(const Comparison &found, const CompareCommand &command) {
                                   found.channel[static_cast<size_t>(c)], found.pixels());
     if (found.channels > 1)
         std::cout << channel_line("all", found, found.all(), found.pixels() * 3);
-    std::cout << "PSNR " << fixed(found.psnr(), 2) << " dB\n"
-              << "bounding box " << found.left << "," << found.top << "," << found.right - found.left + 1
-              << "," << found.bottom - found.top + 1 << " (X,Y,W,H)\n"
-              << "first difference: " << difference_text(found, found.list.front(), command.bayer) << "\n";
+    std::cout << fmt::format("PSNR {:.2f} dB\nbounding box {},{},{},{} (X,Y,W,H)\nfirst difference: {}\n",
+                             found.psnr(), found.left, found.top, found.right - found.left + 1,
+                             found.bottom - found.top + 1,
+                             difference_text(found, found.list.front(), command.bayer));
     for (size_t i = 0; i < found.list.size() && i < command.options.max_list; ++i)
         std::cout << "  " << difference_text(found, found.list[i], command.bayer) << "\n";
 }
@@ -49,66 +40,21 @@ void print_text(const Comparison &found, const CompareCommand &command) {
         std::cout << found.mismatch << "\n";
         return;
     }
-    const uint64_t tolerance = command.options.tolerance;
-    const std::string within = " within the tolerance of " + std::to_string(tolerance);
-    std::cout << command.a << " and " << command.b << (found.equal() ? " are equal" : " differ")
-              << (found.equal() && tolerance > 0 ? within : "") << ": " << found.width << "x" << found.height
-              << ", " << (found.channels == 1 ? "1 channel" : "3 channels") << ", maximum value " << found.max
-              << (!found.equal() && tolerance > 0 ? ", tolerance " + std::to_string(tolerance) : "") << "\n";
-    if (!found.equal())
+    const bool equal = found.equal();
+    const uint32_t tolerance = command.options.tolerance;
+    const std::string verdict = !equal ? "differ"
+                                : tolerance == 0
+                                    ? "are equal"
+                                    : fmt::format("are equal within the tolerance of {}", tolerance);
+    std::cout << fmt::format("{} and {} {}: {}x{}, {}, maximum value {}{}\n", command.a, command.b, verdict,
+                             found.width, found.height, found.channels == 1 ? "1 channel" : "3 channels",
+                             found.max,
+                             !equal && tolerance > 0 ? fmt::format(", tolerance {}", tolerance) : "");
+    if (!equal)
         print_differences(found, command);
     else if (found.all().largest > 0)
         std::cout << "largest difference " << found.all().largest << "\n";
 }
-
-std::string difference_json(const Comparison &found, const Difference &d, int bayer) {
-    std::vector<std::string> members = {
-        json_member("x", std::to_string(d.x)), json_member("y", std::to_string(d.y)),
-        json_member("channel", json_text(channel_name(found.channels, d.channel))),
-        json_member("a", std::to_string(d.a)), json_member("b", std::to_string(d.b))};
-    if (bayer >= 0)
-        members.push_back(json_member("site", json_text(site_name(d.x, d.y, static_cast<uint32_t>(bayer)))));
-    return json_list("{}", members);
-}
-
-} // namespace
-
-std::string comparison_json(const Comparison &found, const CompareCommand &command) {
-    std::vector<std::string> members = {json_member("a", json_text(command.a)),
-                                        json_member("b", json_text(command.b)),
-                                        json_member("equal", found.equal() ? "true" : "false")};
-    if (!found.mismatch.empty()) {
-        members.push_back(json_member("mismatch", json_text(found.mismatch)));
-        return json_list("{}", members);
-    }
-    std::vector<std::string> channels;
-    for (int c = 0; c < found.channels; ++c) {
-        const ChannelDifferences &of = found.channel[static_cast<size_t>(c)];
-        channels.push_back(json_list("{}", {json_member("name", json_text(channel_name(found.channels, c))),
-                                            json_member("differing", std::to_string(of.differing)),
-                                            json_member("samples", std::to_string(found.pixels())),
-                                            json_member("largest", std::to_string(of.largest)),
-                                            json_member("mean", fixed(found.mean(of, found.pixels()), 9))}));
-    }
-    members.push_back(json_member("channels", json_list("[]", channels)));
-    const double psnr = found.psnr();
-    members.push_back(json_member("psnr", std::isfinite(psnr) ? fixed(psnr, 4) : "null"));
-    if (!found.list.empty()) {
-        members.push_back(
-            json_member("box", json_list("[]", {std::to_string(found.left), std::to_string(found.top),
-                                                std::to_string(found.right - found.left + 1),
-                                                std::to_string(found.bottom - found.top + 1)})));
-        members.push_back(json_member("first", difference_json(found, found.list.front(), command.bayer)));
-    }
-    std::vector<std::string> list;
-    for (size_t i = 0; i < found.list.size() && i < command.options.max_list; ++i)
-        list.push_back(difference_json(found, found.list[i], command.bayer));
-    if (!list.empty())
-        members.push_back(json_member("list", json_list("[]", list)));
-    return json_list("{}", members);
-}
-
-namespace {
 
 int run(const CompareCommand &command) {
     const bool folders = is_folder(command.a);

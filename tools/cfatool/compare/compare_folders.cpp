@@ -1,144 +1,103 @@
 // Two run folders: image by image in pipeline order, so that the first line that differs names the guilty
 // stage.
-#include <algorithm>
+#include <fmt/core.h>
 #include <iostream>
-#include <optional>
+#include <map>
 
-#include "tools/cfatool/base/json.h"
 #include "tools/cfatool/base/trouble.h"
-#include "tools/cfatool/compare/compare.h"
-#include "tools/cfatool/runs/run_images.h"
+#include "tools/cfatool/compare/compare_json.h"
 
 namespace cfatool {
 namespace {
 
-/// An image of either folder, in pipeline order.
-struct Pair {
-    std::string name;
-    const RunImage *known;
-    std::string a; // path, empty if the folder has no such image
-    std::string b;
-};
-
-std::vector<Pair> pairs_of(const std::string &folder_a, const std::string &folder_b) {
-    std::vector<Pair> pairs;
-    const std::vector<FoundImage> in_a = find_images(folder_a), in_b = find_images(folder_b);
-    const auto path_in = [](const std::vector<FoundImage> &images, const std::string &name) {
-        const auto at =
-            std::find_if(images.begin(), images.end(), [&](const auto &i) { return i.name == name; });
-        return at == images.end() ? "" : at->path;
+/// The images of both folders in pipeline order, then the others by name.
+std::vector<ImagePair> pairs_of(const std::string &folder_a, const std::string &folder_b) {
+    std::map<std::pair<const RunImage *, std::string>, ImagePair> pairs; // by place in the list, by name
+    const RunImage *const behind = run_images().data() + run_images().size();
+    const auto add = [&](const std::string &folder, std::string ImagePair::*path) {
+        for (const FoundImage &image : find_images(folder)) {
+            ImagePair &pair = pairs[{image.known != nullptr ? image.known : behind, image.name}];
+            pair.name = image.name;
+            pair.known = image.known;
+            pair.*path = image.path;
+        }
     };
-    const auto add = [&](const FoundImage &image) {
-        if (std::none_of(pairs.begin(), pairs.end(), [&](const Pair &p) { return p.name == image.name; }))
-            pairs.push_back({image.name, image.known, path_in(in_a, image.name), path_in(in_b, image.name)});
-    };
-    for (const RunImage &known : run_images())
-        for (const std::vector<FoundImage> *images : {&in_a, &in_b})
-            for (const FoundImage &image : *images)
-                if (image.known == &known)
-                    add(image);
-    for (const std::vector<FoundImage> *images : {&in_a, &in_b})
-        for (const FoundImage &image : *images)
-            add(image);
-    return pairs;
+    add(folder_a, &ImagePair::a);
+    add(folder_b, &ImagePair::b);
+    std::vector<ImagePair> list;
+    for (const auto &[place, pair] : pairs)
+        list.push_back(pair);
+    return list;
 }
 
 std::string result_text(const Comparison &found, int bayer) {
     if (!found.mismatch.empty())
         return found.mismatch;
-    if (found.equal())
-        return found.all().largest == 0 ? "equal" : "equal within the tolerance";
     const ChannelDifferences all = found.all();
-    return std::to_string(all.differing) + " of " + std::to_string(found.pixels() * found.channels) +
-           " samples differ, largest " + std::to_string(all.largest) + ", first at " +
-           difference_text(found, found.list.front(), bayer);
+    if (found.equal())
+        return all.largest == 0 ? "equal" : "equal within the tolerance";
+    return fmt::format("{} of {} samples differ, largest {}, first at {}", all.differing,
+                       found.pixels() * found.channels, all.largest,
+                       difference_text(found, found.list.front(), bayer));
 }
 
-std::string stage_of(const Pair &pair) {
-    return pair.known != nullptr ? std::string(pair.known->stage)
-                                 : "an image that is no part of the pipeline";
+void print_line(const std::string &name, const std::string &text, const CompareCommand &command) {
+    if (!command.json)
+        std::cout << fmt::format("{:<29} {}\n", name, text);
 }
-
-/// What has been found so far.
-struct Progress {
-    size_t compared = 0, one_sided = 0, unreadable = 0, different = 0;
-    std::string first; // of the images that differ: stage, image, pixel
-    const char *first_stage = nullptr;
-    std::vector<std::string> json;
-};
 
 /// Compares one pair of files and prints its line. A file that cannot be read is reported and counted.
-void compare_pair(const Pair &pair, const CompareCommand &command, Progress &progress) {
-    CompareCommand single = command;
-    single.a = pair.a;
-    single.b = pair.b;
-    std::optional<Comparison> found;
+void compare_pair(const ImagePair &pair, const CompareCommand &command, FolderComparison &found) {
     try {
-        found = compare_pictures(pair.a, pair.b, command.options);
+        found.images.push_back({pair, compare_pictures(pair.a, pair.b, command.options)});
+        print_line(pair.name, result_text(found.images.back().found, command.bayer), command);
     } catch (const Trouble &trouble) {
         std::cerr << trouble.what() << "\n";
-        ++progress.unreadable;
-        return;
+        ++found.unreadable;
     }
-    ++progress.compared;
-    const std::string text = result_text(*found, command.bayer);
-    if (!found->equal() && progress.different++ == 0) {
-        progress.first = stage_of(pair) + ", " + pair.name + ": " + text;
-        progress.first_stage = pair.known != nullptr ? pair.known->stage : "";
-    }
-    progress.json.push_back(comparison_json(*found, single));
-    if (!command.json)
-        std::cout << pair.name
-                  << std::string(std::max<size_t>(30, pair.name.size() + 1) - pair.name.size(), ' ') << text
-                  << "\n";
 }
 
-void print_json(const CompareCommand &command, const Progress &progress, const std::vector<Pair> &pairs) {
-    std::vector<std::string> only_a, only_b;
-    for (const Pair &pair : pairs)
-        if (pair.a.empty() != pair.b.empty())
-            (pair.b.empty() ? only_a : only_b).push_back(json_text(pair.name));
-    std::cout << json_list("{}",
-                           {json_member("a", json_text(command.a)), json_member("b", json_text(command.b)),
-                            json_member("images", json_list("[]", progress.json)),
-                            json_member("only_a", json_list("[]", only_a)),
-                            json_member("only_b", json_list("[]", only_b)),
-                            json_member("first_stage", progress.first_stage == nullptr
-                                                           ? "null"
-                                                           : json_text(progress.first_stage))})
-              << "\n";
+void print_verdict(const FolderComparison &found, const CompareCommand &command) {
+    const size_t one_sided = found.only_a.size() + found.only_b.size();
+    if (const FolderComparison::Compared *const first = found.first(); first != nullptr)
+        std::cout << fmt::format("first stage that differs: {}, {}: {}\n",
+                                 first->pair.known != nullptr ? first->pair.known->stage
+                                                              : "an image that is no part of the pipeline",
+                                 first->pair.name, result_text(first->found, command.bayer));
+    else
+        std::cout << fmt::format("no difference in {} images{}\n", found.images.size(),
+                                 one_sided > 0 ? fmt::format(", {} on one side only", one_sided) : "");
 }
 
 } // namespace
 
+const FolderComparison::Compared *FolderComparison::first() const {
+    for (const Compared &image : images)
+        if (!image.found.equal())
+            return &image;
+    return nullptr;
+}
+
 int compare_folders(const CompareCommand &command) {
-    Progress progress;
-    const std::vector<Pair> pairs = pairs_of(command.a, command.b);
-    for (const Pair &pair : pairs) {
+    FolderComparison found;
+    for (const ImagePair &pair : pairs_of(command.a, command.b)) {
         if (!pair.a.empty() && !pair.b.empty()) {
-            compare_pair(pair, command, progress);
+            compare_pair(pair, command, found);
             continue;
         }
-        ++progress.one_sided;
-        if (!command.json)
-            std::cout << pair.name
-                      << std::string(std::max<size_t>(30, pair.name.size() + 1) - pair.name.size(), ' ')
-                      << "only in " << (pair.b.empty() ? command.a : command.b) << "\n";
+        (pair.b.empty() ? found.only_a : found.only_b).push_back(pair.name);
+        print_line(pair.name, "only in " + (pair.b.empty() ? command.a : command.b), command);
     }
-    if (progress.compared + progress.unreadable == 0)
-        throw CommandTrouble("no image is in both " + command.a + " and " + command.b);
+    if (found.images.empty() && found.unreadable == 0)
+        throw CommandTrouble(fmt::format("no image is in both {} and {}", command.a, command.b));
     if (command.json)
-        print_json(command, progress, pairs);
-    else if (progress.different > 0)
-        std::cout << "first stage that differs: " << progress.first << "\n";
+        std::cout << folders_json(found, command) << "\n";
     else
-        std::cout << "no difference in " << progress.compared << " images"
-                  << (progress.one_sided > 0 ? ", " + std::to_string(progress.one_sided) + " on one side only"
-                                             : "")
-                  << "\n";
-    if (progress.unreadable > 0)
+        print_verdict(found, command);
+    if (found.unreadable > 0)
         return STATUS_TROUBLE;
-    return progress.different > 0 || (progress.one_sided > 0 && !command.common) ? STATUS_FOUND : STATUS_GOOD;
+    const bool one_sided = !found.only_a.empty() || !found.only_b.empty();
+    return found.first() != nullptr || (one_sided && !command.common) ? STATUS_FOUND : STATUS_GOOD;
 }
 
 } // namespace cfatool

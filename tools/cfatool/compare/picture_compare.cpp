@@ -4,11 +4,12 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <fmt/core.h>
 #include <limits>
 #include <memory>
 
-#include "cmodel/common/color_id.h"
 #include "tools/cfatool/base/trouble.h"
+#include "tools/cfatool/pictures/colour_sites.h"
 #include "tools/cfatool/pictures/picture_crop.h"
 #include "tools/cfatool/pictures/png_file.h"
 
@@ -16,17 +17,17 @@ namespace cfatool {
 namespace {
 
 std::string form_of(const PictureInfo &info) {
-    return std::to_string(info.width) + "x" + std::to_string(info.height) + " with " +
-           (info.channels == 1 ? "1 channel" : "3 channels");
+    return fmt::format("{}x{} with {}", info.width, info.height,
+                       info.channels == 1 ? "1 channel" : "3 channels");
 }
 
 std::string mismatch_of(const PictureReader &a, const PictureReader &b) {
     const PictureInfo &ia = a.info(), &ib = b.info();
     if (ia.width != ib.width || ia.height != ib.height || ia.channels != ib.channels)
-        return "size mismatch: " + a.path() + " is " + form_of(ia) + ", " + b.path() + " is " + form_of(ib);
+        return fmt::format("size mismatch: {} is {}, {} is {}", a.path(), form_of(ia), b.path(), form_of(ib));
     if (ia.max != ib.max)
-        return "depth mismatch: maximum value " + std::to_string(ia.max) + " in " + a.path() + ", " +
-               std::to_string(ib.max) + " in " + b.path();
+        return fmt::format("depth mismatch: maximum value {} in {}, {} in {}", ia.max, a.path(), ib.max,
+                           b.path());
     return "";
 }
 
@@ -174,20 +175,12 @@ const char *channel_name(int channels, int channel) {
     return channels == 1 ? "grey" : NAMES[channel];
 }
 
-std::string site_name(int x, int y, uint32_t bayer) {
-    const uint32_t code = CM_GET_COLOR_ID(static_cast<uint32_t>(y), static_cast<uint32_t>(x), bayer);
-    constexpr const char *NAMES[] = {"B", "Gb", "Gr", "R"};
-    return code < 4 ? NAMES[code] : code == 16 || code == 17 ? "G" : "code " + std::to_string(code);
-}
-
 std::string difference_text(const Comparison &comparison, const Difference &d, int bayer) {
-    std::string text = "x " + std::to_string(d.x) + ", y " + std::to_string(d.y);
-    if (comparison.channels > 1)
-        text += std::string(", channel ") + channel_name(comparison.channels, d.channel);
-    text += ": " + std::to_string(d.a) + " against " + std::to_string(d.b);
-    if (bayer >= 0)
-        text += " (" + site_name(d.x, d.y, static_cast<uint32_t>(bayer)) + " site)";
-    return text;
+    const char *const channel = channel_name(comparison.channels, d.channel);
+    return fmt::format(
+        "x {}, y {}{}: {} against {}{}", d.x, d.y,
+        comparison.channels > 1 ? fmt::format(", channel {}", channel) : "", d.a, d.b,
+        bayer >= 0 ? fmt::format(" ({} site)", site_name(d.x, d.y, static_cast<uint32_t>(bayer))) : "");
 }
 
 } // namespace cfatool

@@ -57,9 +57,6 @@ Comparison compare_pictures(const std::string &a, const std::string &b, const Co
 /// "R", "G", "B", or "grey" for the only channel.
 const char *channel_name(int channels, int channel);
 
-/// Name of the colour at a site of a pattern: "R", "Gr", "Gb", "B", "G", or its code.
-std::string site_name(int x, int y, uint32_t bayer);
-
 /// "x 5, y 7, channel G: 100 against 103"; with a pattern (0 or above) the colour of the site behind it.
 std::string difference_text(const Comparison &comparison, const Difference &difference, int bayer);
 

@@ -3,6 +3,7 @@
 #include <climits>
 #include <fcntl.h>
 #include <filesystem>
+#include <fmt/core.h>
 #include <iostream>
 #include <map>
 #include <memory>
@@ -10,11 +11,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tools/cfatool/base/output_file.h"
+#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/base/scratch_folder.h"
-#include "tools/cfatool/base/sha256.h"
 #include "tools/cfatool/conformance/conformance_set.h"
-#include "tools/cfatool/registers/ini_text.h"
 #include "tools/cfatool/runs/run_images.h"
 #include "tools/cfatool/subcommands.h"
 
@@ -42,13 +41,13 @@ std::string program_folder() {
 Sums read_sums(const std::string &path) {
     Sums sums;
     std::istringstream lines(read_whole_file(path));
-    const std::string version = "v" + std::to_string(CONFORMANCE_VERSION) + "/";
+    const std::string version = fmt::format("v{}/", CONFORMANCE_VERSION);
     for (std::string line; std::getline(lines, line);) {
         if (line.size() < 67 || line.compare(64, 2, "  ") != 0)
-            throw file_trouble(path, "line " + std::to_string(sums.size() + 1) + " is no sum and name");
+            throw file_trouble(path, fmt::format("line {} is no sum and name", sums.size() + 1));
         if (line.compare(66, version.size(), version) != 0)
-            throw file_trouble(path, "is not of version " + std::to_string(CONFORMANCE_VERSION) +
-                                         " of the set, which this program knows");
+            throw file_trouble(path, fmt::format("is not of version {} of the set, which this program knows",
+                                                 CONFORMANCE_VERSION));
         sums[line.substr(66)] = line.substr(0, 64);
     }
     if (sums.empty())
@@ -82,9 +81,9 @@ std::string run_tool(const std::string &tool, const std::string &folder,
     if (WIFEXITED(status) && WEXITSTATUS(status) == 127)
         throw file_trouble(tool, "cannot be run");
     if (WIFSIGNALED(status))
-        return WTERMSIG(status) == SIGALRM ? "takes longer than " + std::to_string(SECONDS_PER_RUN) + " s"
-                                           : "ended by signal " + std::to_string(WTERMSIG(status));
-    return WEXITSTATUS(status) == 0 ? "" : "ended with status " + std::to_string(WEXITSTATUS(status));
+        return WTERMSIG(status) == SIGALRM ? fmt::format("takes longer than {} s", SECONDS_PER_RUN)
+                                           : fmt::format("ended by signal {}", WTERMSIG(status));
+    return WEXITSTATUS(status) == 0 ? "" : fmt::format("ended with status {}", WEXITSTATUS(status));
 }
 
 /// Runs one case with debug images (the whole-plane reference) and without (what runs when nobody looks), and
@@ -95,7 +94,7 @@ void run_case(const ConformanceCase &c, const std::string &tool, Sums &sums,
     for (const char *name : {"/dbg", "/plain"})
         std::filesystem::create_directory(folder.path + name);
     write_conformance_case(c, folder.path);
-    const std::string prefix = "v" + std::to_string(CONFORMANCE_VERSION) + "/" + c.name + "/";
+    const std::string prefix = fmt::format("v{}/{}/", CONFORMANCE_VERSION, c.name);
     for (const std::string &outputs : {std::string(""), std::string("plain/")}) {
         const std::string debug = outputs.empty() ? "1" : "0";
         const std::string wrong =
@@ -108,9 +107,9 @@ void run_case(const ConformanceCase &c, const std::string &tool, Sums &sums,
         }
     }
     for (const FoundImage &image : find_images(folder.path))
-        sums[prefix + image.name] = sha256(read_whole_file(image.path));
+        sums[prefix + image.name] = sha256_of_file(image.path);
     for (const FoundImage &image : find_images(folder.path + "/plain"))
-        if (sums[prefix + image.name] != sha256(read_whole_file(image.path)))
+        if (sums[prefix + image.name] != sha256_of_file(image.path))
             problems.push_back(prefix + image.name + ": differs when no debug images are written");
 }
 
@@ -169,11 +168,9 @@ int run(const ConformanceOptions &options) {
     const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
     if (record && problems.empty())
         write_sums(options.record, made);
-    char time[32];
-    std::snprintf(time, sizeof time, "%.1f s", seconds.count());
-    std::cout << "conformance set " << CONFORMANCE_VERSION << ": " << cases.size() << " cases, "
-              << made.size() << " files, " << problems.size() << " problems, " << time
-              << (record && problems.empty() ? ", recorded in " + options.record : "") << "\n";
+    std::cout << fmt::format("conformance set {}: {} cases, {} files, {} problems, {:.1f} s{}\n",
+                             CONFORMANCE_VERSION, cases.size(), made.size(), problems.size(), seconds.count(),
+                             record && problems.empty() ? ", recorded in " + options.record : "");
     return problems.empty() ? STATUS_GOOD : STATUS_FOUND;
 }
 

@@ -3,8 +3,8 @@
 
 #include <cstring>
 
+#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/base/integer_math.h"
-#include "tools/cfatool/base/output_file.h"
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/charts/charts.h"
 #include "tools/cfatool/registers/registers.h"

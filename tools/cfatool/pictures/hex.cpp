@@ -1,11 +1,11 @@
 // cfatool hex: a picture as $readmemh text.
-#include <algorithm>
 #include <bit>
+#include <fmt/core.h>
 #include <iostream>
 #include <memory>
 #include <optional>
 
-#include "tools/cfatool/base/output_file.h"
+#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/pictures/picture_crop.h"
 #include "tools/cfatool/subcommands.h"
 
@@ -20,13 +20,6 @@ struct HexOptions {
 
 int digits_of(uint32_t sample) {
     return (static_cast<int>(std::bit_width(sample)) + 3) / 4;
-}
-
-/// One sample as a line of at least `digits` hexadecimal digits.
-void append_hex(std::string &text, uint32_t sample, int digits) {
-    for (int i = std::max(digits, digits_of(sample)) - 1; i >= 0; --i)
-        text += "0123456789abcdef"[sample >> (4 * i) & 15];
-    text += '\n';
 }
 
 void run(const HexOptions &options) {
@@ -47,7 +40,7 @@ void run(const HexOptions &options) {
         std::string text;
         const size_t begin = static_cast<size_t>(crop.x) * info.channels;
         for (size_t i = begin; i < begin + static_cast<size_t>(crop.width) * info.channels; ++i) {
-            append_hex(text, row[i], digits);
+            text += fmt::format("{:0{}x}\n", row[i], digits);
             wide += digits_of(row[i]) > digits;
         }
         file ? file->write(text) : static_cast<void>(std::cout << text);
@@ -56,8 +49,8 @@ void run(const HexOptions &options) {
     if (file)
         file->commit();
     if (wide > 0)
-        std::cerr << options.file << ": " << wide << " samples above the maximum value " << info.max
-                  << " take more than " << digits << " digits\n";
+        std::cerr << fmt::format("{}: {} samples above the maximum value {} take more than {} digits\n",
+                                 options.file, wide, info.max, digits);
 }
 
 } // namespace

@@ -5,20 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/cfatool/base/output_file.h"
+#include "tools/cfatool/base/files.h"
+#include "tools/cfatool/pictures/colour_sites.h"
 
 namespace cfatool {
-
-/// One pixel; what is full scale is said by who holds it.
-struct Rgb {
-    int64_t r = 0;
-    int64_t g = 0;
-    int64_t b = 0;
-};
-
-/// What a site of this colour code sees: code 3 red, 0 blue, 1, 2, 16 and 17 green, every other code (18 and
-/// 19 of the 4 x 4 patterns, 7 of the placeholder ids 4 to 7) the luma (R + 2G + B) / 4.
-int64_t site_value(uint32_t code, const Rgb &colour);
 
 /// How a picture becomes a mosaic.
 struct MosaicForm {
@@ -48,6 +38,7 @@ class MosaicWriter {
     int64_t sample_of(int x, const Rgb &colour) const;
 
     MosaicForm form_;
+    int sample_bytes_;
     OutputFile file_;
     std::vector<uint8_t> buffer_; // one row as it stands in the file
     int y_ = 0;

@@ -1,6 +1,8 @@
 // Parts of pictures.
 #include "tools/cfatool/pictures/picture_crop.h"
 
+#include <fmt/core.h>
+
 #include "tools/cfatool/base/trouble.h"
 
 namespace cfatool {
@@ -11,8 +13,8 @@ Crop crop_in(const std::string &text, const PictureReader &reader) {
         return {0, 0, info.width, info.height};
     const Crop crop = parse_crop(text, "--crop");
     if (crop.x > info.width - crop.width || crop.y > info.height - crop.height)
-        throw file_trouble(reader.path(), "--crop " + text + " leaves the picture of " +
-                                              std::to_string(info.width) + "x" + std::to_string(info.height));
+        throw file_trouble(reader.path(), fmt::format("--crop {} leaves the picture of {}x{}", text,
+                                                      info.width, info.height));
     return crop;
 }
 

@@ -1,18 +1,18 @@
 // Reader of P5 and P6 pictures.
 #include "tools/cfatool/pictures/picture_reader.h"
 
+#include <bit>
+#include <fmt/core.h>
 #include <limits>
 #include <sys/file.h>
 #include <sys/stat.h>
 
+#include "cmodel/common/ppm_stream.h"
+#include "tools/cfatool/base/text.h"
 #include "tools/cfatool/base/trouble.h"
 
 namespace cfatool {
 namespace {
-
-bool is_space(int c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 bool is_digit(int c) {
     return c >= '0' && c <= '9';
@@ -21,7 +21,7 @@ bool is_digit(int c) {
 /// The next character that is neither white space nor part of a comment.
 int next_character(std::FILE *stream) {
     int c = std::fgetc(stream);
-    while (is_space(c) || c == '#') {
+    while (is_blank(c) || c == '#') {
         if (c == '#')
             while (c != '\n' && c != EOF)
                 c = std::fgetc(stream);
@@ -43,17 +43,13 @@ void unpack(const std::vector<uint8_t> &from, int bytes, std::vector<uint32_t> &
 
 } // namespace
 
-PictureReader::PictureReader(const std::string &path)
-    : path_(path), stream_(std::fopen(path.c_str(), "rb"), &std::fclose) {
-    if (!stream_)
-        throw errno_trouble(path);
+PictureReader::PictureReader(const std::string &path) : path_(path), stream_(open_to_read(path)) {
     flock(fileno(stream_.get()), LOCK_SH); // where locks are not supported, reading goes on without
     read_header();
     const auto need = static_cast<int64_t>(info_.row_samples()) * info_.height * info_.bytes;
     const int64_t left = bytes_left();
     if (left >= 0 && left < need)
-        throw file_trouble(path, "cut short: " + std::to_string(left) + " bytes of samples, " +
-                                     std::to_string(need) + " expected");
+        throw file_trouble(path, fmt::format("cut short: {} bytes of samples, {} expected", left, need));
     if (info_.height > 0) // the width of a picture without rows may be anything
         buffer_.resize(info_.row_samples() * info_.bytes);
 }
@@ -70,11 +66,11 @@ uint32_t PictureReader::header_number(const char *what) {
     uint64_t value = 0;
     int c = next_character(stream_.get());
     if (!is_digit(c))
-        throw file_trouble(path_, std::string("no ") + what + " in the header");
+        throw file_trouble(path_, fmt::format("no {} in the header", what));
     for (; is_digit(c); c = std::fgetc(stream_.get())) {
         value = value * 10 + (c - '0');
         if (value > std::numeric_limits<uint32_t>::max())
-            throw file_trouble(path_, std::string(what) + " in the header is too large");
+            throw file_trouble(path_, fmt::format("{} in the header is too large", what));
     }
     std::ungetc(c, stream_.get());
     return static_cast<uint32_t>(value);
@@ -86,7 +82,7 @@ void PictureReader::read_header() {
         throw errno_trouble(path_);
     const int kind = std::fgetc(stream_.get());
     const int behind = std::fgetc(stream_.get());
-    if (p != 'P' || (kind != '5' && kind != '6') || !(is_space(behind) || behind == '#'))
+    if (p != 'P' || (kind != '5' && kind != '6') || !(is_blank(behind) || behind == '#'))
         throw file_trouble(path_, "not a P5 or P6 picture");
     std::ungetc(behind, stream_.get());
     info_.channels = kind == '5' ? 1 : 3;
@@ -99,7 +95,7 @@ void PictureReader::read_header() {
     info_.height = static_cast<int>(height);
     const uint32_t max = header_number("maximum value");
     const int end = std::fgetc(stream_.get());
-    if (!is_space(end))
+    if (!is_blank(end))
         throw file_trouble(path_, "no white space behind the maximum value");
     if (end == '\r') {
         const int next = std::fgetc(stream_.get());
@@ -120,14 +116,14 @@ void PictureReader::decide_bytes(uint32_t max) {
     if (max == 0)
         throw file_trouble(path_, "maximum value 0");
     info_.max = max;
-    info_.bytes = max > 0xFFFFFF ? 4 : max > 0xFFFF ? 3 : max > 0xFF ? 2 : 1;
+    info_.bytes = cfa::ppm_sample_bytes(static_cast<uint32_t>(std::bit_width(max)));
 }
 
 void PictureReader::read_row(std::vector<uint32_t> &row) {
     if (std::fread(buffer_.data(), 1, buffer_.size(), stream_.get()) != buffer_.size()) {
         if (std::ferror(stream_.get()))
             throw errno_trouble(path_);
-        throw file_trouble(path_, "cut short in row " + std::to_string(rows_read_));
+        throw file_trouble(path_, fmt::format("cut short in row {}", rows_read_));
     }
     ++rows_read_;
     row.resize(info_.row_samples());

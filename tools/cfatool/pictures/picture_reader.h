@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <string>
 #include <vector>
+
+#include "tools/cfatool/base/files.h"
 
 namespace cfatool {
 
@@ -45,7 +45,7 @@ class PictureReader {
     int64_t bytes_left() const;
 
     std::string path_;
-    std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream_;
+    Stream stream_;
     PictureInfo info_;
     std::vector<uint8_t> buffer_; // one row as it stands in the file
     int rows_read_ = 0;

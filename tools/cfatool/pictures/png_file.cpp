@@ -3,8 +3,6 @@
 #include "tools/cfatool/pictures/png_file.h"
 
 #include <cstdio>
-#include <limits>
-#include <memory>
 #include <png.h>
 
 #include "tools/cfatool/base/trouble.h"
@@ -156,18 +154,14 @@ void PngWriter::commit() {
 }
 
 bool is_png(const std::string &path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(std::fopen(path.c_str(), "rb"),
-                                                                  &std::fclose);
+    const Stream stream = open_to_read(path);
     uint8_t signature[8] = {};
-    return stream && std::fread(signature, 1, sizeof signature, stream.get()) == sizeof signature &&
+    return std::fread(signature, 1, sizeof signature, stream.get()) == sizeof signature &&
            png_sig_cmp(signature, 0, sizeof signature) == 0;
 }
 
 RgbPicture read_png(const std::string &path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(std::fopen(path.c_str(), "rb"),
-                                                                  &std::fclose);
-    if (!stream)
-        throw errno_trouble(path);
+    const Stream stream = open_to_read(path);
     Reader reader;
     Header header;
     if (reader.info == nullptr || !read_header(reader, stream.get(), header))

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/cfatool/base/output_file.h"
+#include "tools/cfatool/base/files.h"
 
 namespace cfatool {
 
@@ -41,7 +41,7 @@ struct RgbPicture {
     std::vector<uint8_t> samples; // 1 or 2 (max 65535, high byte first) bytes each
 };
 
-/// Whether the file begins as a PNG file does. False for one that cannot be opened.
+/// Whether the file begins as a PNG file does. Throws Trouble for one that cannot be opened.
 bool is_png(const std::string &path);
 
 /// Reads an RGB PNG of 8 or 16 bits (or with a palette of RGB colours), values as they stand, no gamma

@@ -2,20 +2,13 @@
 #include "tools/cfatool/registers/ini_text.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <memory>
 
-#include "tools/cfatool/base/trouble.h"
+#include "tools/cfatool/base/text.h"
 
 namespace cfatool {
 namespace {
 
 constexpr size_t NAME_SIZE = 49; // characters kept of a section name and of the key that a line continues
-constexpr size_t FILE_SIZE = 64u << 20; // larger files are no register files
-
-bool is_blank(char c) {
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
 
 /// Place of the first of `stops`, of an inline comment, or of the end. White space before `from` does not
 /// count.
@@ -109,24 +102,6 @@ std::string join_ini_text(const std::vector<IniLine> &lines) {
     std::string bytes;
     for (const IniLine &line : lines)
         bytes += line.text + line.end;
-    return bytes;
-}
-
-std::string read_whole_file(const std::string &path) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> stream(std::fopen(path.c_str(), "rb"),
-                                                                  &std::fclose);
-    if (!stream)
-        throw errno_trouble(path);
-    std::string bytes;
-    char buffer[65536];
-    size_t count = 0;
-    while ((count = std::fread(buffer, 1, sizeof buffer, stream.get())) > 0) {
-        bytes.append(buffer, count);
-        if (bytes.size() > FILE_SIZE)
-            throw file_trouble(path, "more than 64 MiB");
-    }
-    if (std::ferror(stream.get()))
-        throw errno_trouble(path);
     return bytes;
 }
 

@@ -30,7 +30,4 @@ std::vector<IniLine> read_ini_text(const std::string &bytes);
 /// The lines as one file again.
 std::string join_ini_text(const std::vector<IniLine> &lines);
 
-/// All bytes of a file of at most 64 MiB. Throws Trouble.
-std::string read_whole_file(const std::string &path);
-
 } // namespace cfatool

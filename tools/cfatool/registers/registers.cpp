@@ -1,11 +1,11 @@
 // Register values for the subcommands.
 #include "tools/cfatool/registers/registers.h"
 
-#include <cstdio>
+#include <fmt/core.h>
 
 #include "cmodel/common/ini_file.h"
+#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/base/trouble.h"
-#include "tools/cfatool/runs/run_images.h"
 
 namespace cfatool {
 namespace {
@@ -22,11 +22,11 @@ Registers::Registers() {
         register_reset(*p.part, *p.table, nullptr);
 }
 
-std::vector<BlockPart> Registers::parts() {
-    return {{&cfa::cfa_reg_hw_table(), &block.hw},
-            {&cfa::cfa_reg_sw_table(), &block.sw},
-            {&cfa::cmodel_top_reg_hw_table(), &top.hw},
-            {&cfa::cmodel_top_reg_sw_table(), &top.sw}};
+std::array<BlockPart, 4> Registers::parts() {
+    return {{{&cfa::cfa_reg_hw_table(), &block.hw},
+             {&cfa::cfa_reg_sw_table(), &block.sw},
+             {&cfa::cmodel_top_reg_hw_table(), &top.hw},
+             {&cfa::cmodel_top_reg_sw_table(), &top.sw}}};
 }
 
 void Registers::apply(const std::string &section, const std::string &key, const std::string &value) {
@@ -57,15 +57,9 @@ std::vector<std::string> register_keys(Registers &registers) {
 }
 
 std::string width_text(const RegisterInfo &info) {
-    return std::to_string(info.bits) + (info.bits == 1 ? " bit" : " bits") +
-           (info.is_signed ? " signed, " : ", ") +
-           std::to_string(cfa::register_min(info.bits, info.is_signed)) + ".." +
-           std::to_string(cfa::register_max(info.bits, info.is_signed));
-}
-
-bool readable(const std::string &path) {
-    std::FILE *const stream = std::fopen(path.c_str(), "rb");
-    return stream != nullptr && std::fclose(stream) == 0;
+    return fmt::format("{} {}{}, {}..{}", info.bits, info.bits == 1 ? "bit" : "bits",
+                       info.is_signed ? " signed" : "", cfa::register_min(info.bits, info.is_signed),
+                       cfa::register_max(info.bits, info.is_signed));
 }
 
 } // namespace cfatool

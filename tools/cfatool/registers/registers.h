@@ -1,6 +1,7 @@
 // Both register blocks as the tool loads them, apart from the process-wide ones.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,7 @@ struct Registers {
     Registers &operator=(const Registers &) = delete;
 
     /// The four parts, hardware before software, CFA before top level.
-    std::vector<BlockPart> parts();
+    std::array<BlockPart, 4> parts();
 
     /// One line of an INI file.
     void apply(const std::string &section, const std::string &key, const std::string &value);
@@ -55,8 +56,5 @@ std::vector<std::string> register_keys(Registers &registers);
 
 /// "12 bits, 0..4095" or "13 bits signed, -4096..4095".
 std::string width_text(const RegisterInfo &info);
-
-/// Whether a file can be opened for reading.
-bool readable(const std::string &path);
 
 } // namespace cfatool

@@ -1,10 +1,12 @@
 // cfatool regs: defaults, check, diff, set, dump, doc.
 #include <algorithm>
+#include <fmt/core.h>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
-#include "tools/cfatool/base/json.h"
-#include "tools/cfatool/base/output_file.h"
+#include "tools/cfatool/base/files.h"
+#include "tools/cfatool/base/json_text.h"
 #include "tools/cfatool/base/suggestion.h"
 #include "tools/cfatool/registers/ini_text.h"
 #include "tools/cfatool/registers/regs_check.h"
@@ -60,75 +62,58 @@ const RegisterTable &table_of(const std::string &block) {
     for (const BlockPart &p : registers.parts())
         if (block == p.table->name && !p.table->registers.empty())
             return *p.table;
-    throw CommandTrouble("unknown block '" + block + "'" + suggestion(block, block_names()) +
-                         " (blocks: cfa, cmodel_top)");
+    throw CommandTrouble(fmt::format("unknown block '{}'{} (blocks: cfa, cmodel_top)", block,
+                                     suggestion(block, block_names())));
 }
 
-std::string finding_json(const std::string &file, const Finding &finding) {
-    return json_list("{}",
-                     {json_member("file", json_text(file)), json_member("line", std::to_string(finding.line)),
-                      json_member("message", json_text(finding.message))});
-}
-
-std::string unset_json(const std::string &file, const UnsetRegisters &unset) {
-    std::vector<std::string> keys;
+void print_unset(const std::string &file, const UnsetRegisters &unset, bool with_names) {
+    std::cout << fmt::format("{}: {} of {} registers of [{}] are left at their defaults{}\n", file,
+                             unset.keys.size(), unset.registers, unset.section,
+                             with_names || unset.keys.empty() ? "" : " (--unset names them)");
     for (const std::string &key : unset.keys)
-        keys.push_back(json_text(key));
-    return json_list("{}",
-                     {json_member("file", json_text(file)), json_member("section", json_text(unset.section)),
-                      json_member("registers", std::to_string(unset.registers)),
-                      json_member("unset", json_list("[]", keys))});
+        if (with_names)
+            std::cout << "  " << key << "\n";
 }
 
 int check(const CheckOptions &options) {
-    std::vector<std::string> findings, unset_list;
+    Json json = {{"findings", Json::array()}, {"unset", Json::array()}};
     for (const std::string &file : options.files) {
         const CheckResult result = check_registers(read_whole_file(file));
-        for (const Finding &finding : result.findings) {
-            findings.push_back(finding_json(file, finding));
+        for (const Finding &f : result.findings) {
+            json["findings"].push_back({{"file", file}, {"line", f.line}, {"message", f.message}});
             if (!options.json)
-                std::cout << file << ":" << finding.line << ": " << finding.message << "\n";
+                std::cout << fmt::format("{}:{}: {}\n", file, f.line, f.message);
         }
-        for (const UnsetRegisters &unset : result.unset) {
-            unset_list.push_back(unset_json(file, unset));
-            if (options.json)
-                continue;
-            std::cout << file << ": " << unset.keys.size() << " of " << unset.registers << " registers of ["
-                      << unset.section << "] are left at their defaults"
-                      << (options.unset || unset.keys.empty() ? "" : " (--unset names them)") << "\n";
-            for (const std::string &key : unset.keys)
-                if (options.unset)
-                    std::cout << "  " << key << "\n";
+        for (const UnsetRegisters &u : result.unset) {
+            json["unset"].push_back(
+                {{"file", file}, {"section", u.section}, {"registers", u.registers}, {"unset", u.keys}});
+            if (!options.json)
+                print_unset(file, u, options.unset);
         }
     }
     if (options.json)
-        std::cout << json_list("{}", {json_member("findings", json_list("[]", findings)),
-                                      json_member("unset", json_list("[]", unset_list))})
-                  << "\n";
-    return findings.empty() ? STATUS_GOOD : STATUS_FOUND;
+        std::cout << json_text(json) << "\n";
+    return json["findings"].empty() ? STATUS_GOOD : STATUS_FOUND;
 }
 
 int diff(const DiffOptions &options) {
     Registers a, b;
     a.load(options.files[0]);
     b.load(options.files[1]);
-    std::vector<std::string> found;
-    const std::vector<BlockPart> parts_a = a.parts(), parts_b = b.parts();
+    Json found = Json::array();
+    const std::array<BlockPart, 4> parts_a = a.parts(), parts_b = b.parts();
     for (size_t i = 0; i < parts_a.size(); ++i) {
         for (const RegisterInfo &info : parts_a[i].table->registers) {
             const int32_t in_a = info.read(*parts_a[i].part), in_b = info.read(*parts_b[i].part);
             if (in_a == in_b)
                 continue;
-            found.push_back(json_list("{}", {json_member("key", json_text(info.key)),
-                                             json_member("a", std::to_string(in_a)),
-                                             json_member("b", std::to_string(in_b)),
-                                             json_member("default", std::to_string(info.reset))}));
+            found.push_back({{"key", info.key}, {"a", in_a}, {"b", in_b}, {"default", info.reset}});
             if (!options.json)
-                std::cout << info.key << ": " << in_a << " against " << in_b << "\n";
+                std::cout << fmt::format("{}: {} against {}\n", info.key, in_a, in_b);
         }
     }
     if (options.json)
-        std::cout << json_list("[]", found) << "\n";
+        std::cout << json_text(found) << "\n";
     return found.empty() ? STATUS_GOOD : STATUS_FOUND;
 }
 

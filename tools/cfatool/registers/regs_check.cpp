@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fmt/core.h>
+#include <set>
 
 #include "tools/cfatool/base/suggestion.h"
+#include "tools/cfatool/base/text.h"
 #include "tools/cfatool/registers/ini_text.h"
 
 namespace cfatool {
@@ -27,10 +30,10 @@ std::string bare(const std::string &section) {
 
 std::string quoted(const std::string &text) {
     constexpr size_t SHOWN = 60;
-    std::string shown;
-    for (const char c : text.substr(0, SHOWN))
-        shown += static_cast<unsigned char>(c) < ' ' ? '?' : c;
-    return "'" + shown + (text.size() > SHOWN ? "..." : "") + "'";
+    std::string shown = text.substr(0, SHOWN);
+    const auto is_control = [](char c) { return static_cast<unsigned char>(c) < ' '; };
+    std::replace_if(shown.begin(), shown.end(), is_control, '?');
+    return fmt::format("'{}{}'", shown, text.size() > SHOWN ? "..." : "");
 }
 
 /// UTF-16 shows by its mark or by every second byte being 0.
@@ -70,8 +73,8 @@ class Check {
         if (line.text.find('\0') != std::string::npos)
             add("NUL byte: the rest of the line is not read");
         if (line.text.size() > LONGEST_LINE)
-            add("line of " + std::to_string(line.text.size()) + " characters: readers that cut at " +
-                std::to_string(LONGEST_LINE) + " read its tail as a setting");
+            add(fmt::format("line of {} characters: readers that cut at {} read its tail as a setting",
+                            line.text.size(), LONGEST_LINE));
     }
 
     void check_content(const IniLine &line) {
@@ -99,27 +102,26 @@ class Check {
         similar_section_ = false;
         for (const BlockPart &p : registers_.parts()) {
             if (section == p.table->name) {
-                std::vector<std::string> &seen = sections_;
-                if (std::find(seen.begin(), seen.end(), section) == seen.end())
-                    seen.push_back(section);
+                sections_.insert(section);
             } else if (bare(section) == p.table->name) {
                 similar_section_ = true;
-                add("section [" + section + "] is not read; the block's section is [" + p.table->name + "]");
+                add(fmt::format("section [{}] is not read; the block's section is [{}]", section,
+                                p.table->name));
             }
         }
     }
 
-    const BlockPart *part_of(const std::string &section) {
-        parts_ = registers_.parts();
-        const auto part = std::find_if(parts_.begin(), parts_.end(),
-                                       [&](const BlockPart &p) { return section == p.table->name; });
-        return part == parts_.end() ? nullptr : &*part;
+    const RegisterTable *table_of(const std::string &section) {
+        for (const BlockPart &p : registers_.parts())
+            if (section == p.table->name)
+                return p.table;
+        return nullptr;
     }
 
     /// The register that a setting of this key in this section sets, or null.
     const RegisterInfo *register_of(const IniLine &line) {
-        const BlockPart *part = part_of(line.section);
-        return part != nullptr ? part->table->find(line.name.c_str()) : nullptr;
+        const RegisterTable *table = table_of(line.section);
+        return table != nullptr ? table->find(line.name.c_str()) : nullptr;
     }
 
     void check_setting(const IniLine &line) {
@@ -132,48 +134,47 @@ class Check {
         if (similar_section_)
             return; // its header has been reported
         if (elsewhere.info != nullptr && elsewhere.where.table->name != line.section) {
-            add(std::string(elsewhere.info->key) + " is not read in " +
-                (line.section.empty() ? "no section" : "section [" + line.section + "]") +
-                "; it belongs in [" + elsewhere.where.table->name + "]");
-        } else if (part_of(line.section) != nullptr) {
+            const std::string place = line.section.empty() ? "no section" : "section [" + line.section + "]";
+            add(fmt::format("{} is not read in {}; it belongs in [{}]", elsewhere.info->key, place,
+                            elsewhere.where.table->name));
+        } else if (table_of(line.section) != nullptr) {
             const bool case_only = elsewhere.info != nullptr;
-            add("unknown key " + quoted(line.name) +
-                (case_only ? std::string("; names are lower case: '") + elsewhere.info->key + "'"
-                           : suggestion(line.name, register_keys(registers_))));
+            add(fmt::format("unknown key {}{}", quoted(line.name),
+                            case_only ? fmt::format("; names are lower case: '{}'", elsewhere.info->key)
+                                      : suggestion(line.name, register_keys(registers_))));
         }
     }
 
     void check_value(const RegisterInfo &info, const IniLine &line) {
         const auto first = last_line_.find(&info);
         if (first != last_line_.end() && line.kind == IniLine::Kind::setting)
-            add(std::string(info.key) + " is set again: line " + std::to_string(first->second) +
-                " has no effect");
+            add(fmt::format("{} is set again: line {} has no effect", info.key, first->second));
         last_line_[&info] = number_;
         registers_.apply(line.section, line.name, line.value);
 
         char *end = nullptr;
         const long long number = std::strtoll(line.value.c_str(), &end, 10);
-        const std::string stored =
-            std::to_string(cfa::register_truncate(static_cast<int32_t>(number), info.bits, info.is_signed));
+        const int32_t stored =
+            cfa::register_truncate(static_cast<int32_t>(number), info.bits, info.is_signed);
         const bool fits = number >= cfa::register_min(info.bits, info.is_signed) &&
                           number <= cfa::register_max(info.bits, info.is_signed);
         if (line.value.empty() || *end != '\0' || end == line.value.c_str())
-            add(std::string(info.key) + ": " + quoted(line.value) + " is not a decimal number: " + stored +
-                " is stored");
+            add(fmt::format("{}: {} is not a decimal number: {} is stored", info.key, quoted(line.value),
+                            stored));
         else if (!fits)
-            add(std::string(info.key) + ": " + line.value.substr(0, 40) + " does not fit " +
-                width_text(info) + ": " + stored + " is stored");
+            add(fmt::format("{}: {} does not fit {}: {} is stored", info.key, line.value.substr(0, 40),
+                            width_text(info), stored));
     }
 
     /// An indented line: one more value of the key above, whatever it was meant to be.
     void check_continuation(const IniLine &line) {
-        const size_t start = line.text.find_first_not_of(" \t\v\f\r");
+        const size_t start = line.text.find_first_not_of(BLANKS);
         const std::vector<IniLine> alone =
             read_ini_text("[" + line.section + "]\n" + line.text.substr(start));
         const IniLine &meant = alone.back();
-        const std::string above = "indented, so it continues line " + std::to_string(setting_line_);
+        const std::string above = fmt::format("indented, so it continues line {}", setting_line_);
         if (const RegisterInfo *info = register_of(line)) {
-            add(above + " and sets " + info->key + " again, to " + quoted(line.value));
+            add(fmt::format("{} and sets {} again, to {}", above, info->key, quoted(line.value)));
             check_value(*info, line);
         } else if (meant.kind == IniLine::Kind::section ||
                    find_register(registers_, meant.name).info != nullptr) {
@@ -183,8 +184,7 @@ class Check {
 
     void count_unset() {
         for (const BlockPart &p : registers_.parts()) {
-            if (std::find(sections_.begin(), sections_.end(), p.table->name) == sections_.end() ||
-                p.table->registers.empty())
+            if (!sections_.contains(p.table->name) || p.table->registers.empty())
                 continue;
             UnsetRegisters unset{p.table->name, p.table->registers.size(), {}};
             for (const RegisterInfo &info : p.table->registers)
@@ -196,10 +196,9 @@ class Check {
 
     CheckResult result_;
     Registers registers_;
-    std::vector<BlockPart> parts_;
     std::map<const RegisterInfo *, int> last_line_;
-    std::vector<std::string> sections_; // of ours, in the file
-    bool similar_section_ = false;      // the section in force is one of ours misspelt
+    std::set<std::string> sections_; // of ours, in the file
+    bool similar_section_ = false;   // the section in force is one of ours misspelt
     int number_ = 0;
     int setting_line_ = 0; // line of the last key
 };

@@ -1,4 +1,5 @@
 // Registers against each other: slopes against levels, lower against upper limits.
+#include <fmt/core.h>
 
 #include "tools/cfatool/registers/regs_check.h"
 
@@ -46,7 +47,7 @@ int line_of(const Curve &curve, const std::map<const RegisterInfo *, int> &lines
 }
 
 std::string named(const RegisterInfo &info, int64_t value) {
-    return std::string(info.key) + " = " + std::to_string(value);
+    return fmt::format("{} = {}", info.key, value);
 }
 
 /// The slope against what the four corners ask for.
@@ -55,29 +56,29 @@ void check_slope(const Curve &curve, int64_t slope, int64_t rise, int64_t run, i
     const int64_t wanted =
         rise * (int64_t{1} << curve.slope->curve.fraction_bits) / run; // truncated toward zero
     const int bits = curve.slope->bits;
-    const std::string formula = "(y1 - y0) * 2^" + std::to_string(curve.slope->curve.fraction_bits) +
-                                " / (x1 - x0) = " + std::to_string(wanted);
+    const std::string formula =
+        fmt::format("(y1 - y0) * 2^{} / (x1 - x0) = {}", curve.slope->curve.fraction_bits, wanted);
     if (wanted < cfa::register_min(bits, true) || wanted > cfa::register_max(bits, true))
-        findings.push_back({line, "curve " + curve.name + ": " + std::to_string(bits) + " bits of " +
-                                      curve.slope->key + " cannot hold " + formula});
+        findings.push_back({line, fmt::format("curve {}: {} bits of {} cannot hold {}", curve.name, bits,
+                                              curve.slope->key, formula)});
     else if (slope < wanted - 1 || slope > wanted + 1)
         findings.push_back(
-            {line, "curve " + curve.name + ": " + named(*curve.slope, slope) + " is not " + formula});
+            {line, fmt::format("curve {}: {} is not {}", curve.name, named(*curve.slope, slope), formula)});
 }
 
 void check_curve(const Curve &curve, const RegisterPart &part, int line, std::vector<Finding> &findings) {
     const int64_t y0 = curve.y0->read(part), y1 = curve.y1->read(part), slope = curve.slope->read(part);
     const bool contradicts = y1 < y0 ? slope > 0 : slope < 0;
     if (contradicts)
-        findings.push_back({line, "curve " + curve.name + ": " + named(*curve.slope, slope) +
-                                      " leads away from " + named(*curve.y1, y1) + " (starts at " +
-                                      named(*curve.y0, y0) + ")"});
+        findings.push_back(
+            {line, fmt::format("curve {}: {} leads away from {} (starts at {})", curve.name,
+                               named(*curve.slope, slope), named(*curve.y1, y1), named(*curve.y0, y0))});
     if (curve.x1 == nullptr)
         return;
     const int64_t x0 = curve.x0->read(part), x1 = curve.x1->read(part);
     if (x1 <= x0)
-        findings.push_back({line, "curve " + curve.name + ": " + named(*curve.x1, x1) + " is not above " +
-                                      named(*curve.x0, x0)});
+        findings.push_back({line, fmt::format("curve {}: {} is not above {}", curve.name,
+                                              named(*curve.x1, x1), named(*curve.x0, x0))});
     else if (!contradicts)
         check_slope(curve, slope, y1 - y0, x1 - x0, line, findings);
 }
@@ -99,8 +100,8 @@ void check_consistency(Registers &registers, const std::map<const RegisterInfo *
             line = std::max(line, at->second);
     const int32_t least = low.info->read(*low.where.part), most = high.info->read(*high.where.part);
     if (line > 0 && least > most)
-        findings.push_back({line, named(*low.info, least) + " is above " + named(*high.info, most) +
-                                      ": the gain is " + std::to_string(most) + " everywhere"});
+        findings.push_back({line, fmt::format("{} is above {}: the gain is {} everywhere",
+                                              named(*low.info, least), named(*high.info, most), most)});
 }
 
 } // namespace cfatool

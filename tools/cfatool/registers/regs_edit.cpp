@@ -2,12 +2,14 @@
 #include "tools/cfatool/registers/regs_edit.h"
 
 #include <algorithm>
+#include <fmt/core.h>
 
 #include "log/log.h"
+#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/base/numbers.h"
-#include "tools/cfatool/base/output_file.h"
 #include "tools/cfatool/base/scratch_folder.h"
 #include "tools/cfatool/base/suggestion.h"
+#include "tools/cfatool/base/text.h"
 #include "tools/cfatool/registers/ini_text.h"
 
 namespace cfatool {
@@ -22,19 +24,20 @@ struct Assignment {
 Assignment parse_assignment(const std::string &text) {
     const size_t equals = text.find('=');
     if (equals == std::string::npos)
-        throw CommandTrouble("'" + text + "' is not of the form key=value");
+        throw CommandTrouble(fmt::format("'{}' is not of the form key=value", text));
     const std::string key = text.substr(0, equals);
     const std::string value = text.substr(equals + 1);
     Registers registers;
     const FoundRegister found = find_register(registers, key);
     if (found.info == nullptr)
-        throw CommandTrouble("unknown key '" + key + "'" + suggestion(key, register_keys(registers)));
+        throw CommandTrouble(
+            fmt::format("unknown key '{}'{}", key, suggestion(key, register_keys(registers))));
     const RegisterInfo &info = *found.info;
     const bool negative = !value.empty() && value[0] == '-';
     const int64_t number = parse_decimal(value.substr(negative), key, 0, INT64_MAX) * (negative ? -1 : 1);
     if (number < cfa::register_min(info.bits, info.is_signed) ||
         number > cfa::register_max(info.bits, info.is_signed))
-        throw CommandTrouble("" + key + ": " + value + " does not fit " + width_text(info));
+        throw CommandTrouble(fmt::format("{}: {} does not fit {}", key, value, width_text(info)));
     return {found.where.table->name, key, std::to_string(number)};
 }
 
@@ -65,7 +68,7 @@ bool would_be_continued(const std::vector<IniLine> &lines, size_t at) {
     for (size_t i = at; i < lines.size(); ++i) {
         if (lines[i].kind == Kind::nothing)
             continue;
-        if (std::string(" \t\v\f\r").find(lines[i].text[0]) != std::string::npos)
+        if (is_blank(lines[i].text[0]))
             return true;
         if (lines[i].kind != Kind::unread)
             return false;
@@ -90,7 +93,7 @@ std::string set_register(const std::string &bytes, const std::string &assignment
         const bool continues =
             in_force->kind == IniLine::Kind::continuation; // up to a blank: a comment may follow
         const bool touches = in_force->value.empty();      // the separator
-        const size_t size = continues ? in_force->value.find_first_of(" \t\v\f\r") : std::string::npos;
+        const size_t size = continues ? in_force->value.find_first_of(BLANKS) : std::string::npos;
         in_force->text.replace(in_force->value_at, std::min(size, in_force->value.size()),
                                (touches ? " " : "") + a.value);
     } else if (end_of_section > 0 && !would_be_continued(lines, end_of_section)) {
@@ -112,12 +115,12 @@ void verify(Registers &wanted, const std::vector<std::string> &blocks, const std
             const std::string &path) {
     Registers loaded;
     loaded.load(made);
-    const std::vector<BlockPart> want = wanted.parts(), got = loaded.parts();
+    const std::array<BlockPart, 4> want = wanted.parts(), got = loaded.parts();
     for (size_t i = 0; i < want.size(); ++i)
         for (const RegisterInfo &info : want[i].table->registers)
             if (std::find(blocks.begin(), blocks.end(), want[i].table->name) != blocks.end() &&
                 info.read(*want[i].part) != info.read(*got[i].part))
-                throw file_trouble(path, std::string("the dump does not hold the value of ") + info.key);
+                throw file_trouble(path, fmt::format("the dump does not hold the value of {}", info.key));
 }
 
 } // namespace

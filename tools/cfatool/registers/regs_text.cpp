@@ -2,6 +2,7 @@
 #include "tools/cfatool/registers/regs_text.h"
 
 #include <cstring>
+#include <fmt/core.h>
 
 namespace cfatool {
 namespace {
@@ -14,7 +15,7 @@ std::string role_text(const RegisterInfo &info) {
     case CurveRole::y0:
         return "level y0 up to the knee";
     case CurveRole::slope:
-        return "slope with " + std::to_string(info.curve.fraction_bits) + " fractional bits";
+        return fmt::format("slope with {} fractional bits", info.curve.fraction_bits);
     case CurveRole::x1:
         return "end x1 of the slope, read by no stage";
     case CurveRole::y1:
@@ -26,40 +27,36 @@ std::string role_text(const RegisterInfo &info) {
 }
 
 std::string curve_text(const RegisterInfo &info) {
-    return info.curve.role == CurveRole::none
-               ? ""
-               : std::string("curve ") + info.curve.name + ", " + role_text(info);
+    return info.curve.role == CurveRole::none ? "" : fmt::format("{}, {}", info.curve.name, role_text(info));
 }
 
 void append_reference(std::string &text, const RegisterTable &table) {
-    text += std::string("\n## [") + table.name + "]\n\n" + std::to_string(table.registers.size()) +
-            " registers.\n\n" +
-            "| key | width and range | default | meaning | curve |\n|---|---|---|---|---|\n";
-    for (const RegisterInfo &info : table.registers) {
-        const std::string curve = curve_text(info);
-        text += std::string("| `") + info.key + "` | " + width_text(info) + " | " +
-                std::to_string(info.reset) + " | " + info.meaning + " | " +
-                curve.substr(curve.empty() ? 0 : std::strlen("curve ")) + " |\n";
-    }
+    text += fmt::format("\n## [{}]\n\n{} registers.\n\n"
+                        "| key | width and range | default | meaning | curve |\n|---|---|---|---|---|\n",
+                        table.name, table.registers.size());
+    for (const RegisterInfo &info : table.registers)
+        text += fmt::format("| `{}` | {} | {} | {} | {} |\n", info.key, width_text(info), info.reset,
+                            info.meaning, curve_text(info));
 }
 
 } // namespace
 
 std::string defaults_text(const RegisterTable &table) {
-    std::string text =
-        std::string("; Every register of the block ") + table.name + " at its default.\n" +
-        "; Made by: cfatool regs defaults " + table.name + "\n" +
-        "; Numbers are decimal. A line must not be indented: it would continue the one above it.\n" + "[" +
-        table.name + "]\n";
+    std::string text = fmt::format(
+        "; Every register of the block {0} at its default.\n"
+        "; Made by: cfatool regs defaults {0}\n"
+        "; Numbers are decimal. A line must not be indented: it would continue the one above it.\n[{0}]\n",
+        table.name);
     const char *curve = "";
     for (const RegisterInfo &info : table.registers) {
         if (std::strcmp(curve, info.curve.name) != 0)
-            text += info.curve.role == CurveRole::none ? "\n"
-                                                       : std::string("\n; Curve ") + info.curve.name + "\n";
+            text +=
+                info.curve.role == CurveRole::none ? "\n" : fmt::format("\n; Curve {}\n", info.curve.name);
         curve = info.curve.name;
-        const std::string role = info.curve.role == CurveRole::none ? "" : " (" + role_text(info) + ")";
-        const std::string comment = "; " + width_text(info) + ": " + info.meaning + role;
-        text += comment.substr(0, REGS_LINE) + "\n" + info.key + " = " + std::to_string(info.reset) + "\n";
+        const std::string role =
+            info.curve.role == CurveRole::none ? "" : fmt::format(" ({})", role_text(info));
+        const std::string comment = fmt::format("; {}: {}{}", width_text(info), info.meaning, role);
+        text += fmt::format("{:.{}}\n{} = {}\n", comment, REGS_LINE, info.key, info.reset);
     }
     return text;
 }

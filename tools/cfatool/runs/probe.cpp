@@ -1,10 +1,13 @@
 // cfatool probe: every image of a run at one pixel, in pipeline order.
 #include <algorithm>
+#include <fmt/core.h>
 #include <iostream>
 #include <memory>
+#include <nlohmann/json.hpp>
 
-#include "tools/cfatool/base/json.h"
-#include "tools/cfatool/compare/picture_compare.h"
+#include "tools/cfatool/base/files.h"
+#include "tools/cfatool/base/json_text.h"
+#include "tools/cfatool/pictures/colour_sites.h"
 #include "tools/cfatool/pictures/picture_crop.h"
 #include "tools/cfatool/registers/registers.h"
 #include "tools/cfatool/runs/run_images.h"
@@ -31,8 +34,8 @@ Window read_window(const std::string &path, int x, int y, int radius) {
     PictureReader reader(path);
     const PictureInfo &info = reader.info();
     if (x >= info.width || y >= info.height)
-        throw file_trouble(path, "has no pixel " + std::to_string(x) + "," + std::to_string(y) + ": it is " +
-                                     std::to_string(info.width) + "x" + std::to_string(info.height));
+        throw file_trouble(path,
+                           fmt::format("has no pixel {},{}: it is {}x{}", x, y, info.width, info.height));
     Window window{std::max(x - radius, 0),
                   std::max(y - radius, 0),
                   std::min(x + radius, info.width - 1),
@@ -56,7 +59,7 @@ std::string pixel_text(const Window &window, int x, int y) {
     const size_t at = static_cast<size_t>(x - window.left) * static_cast<size_t>(window.channels);
     std::string text = std::to_string(row[at]);
     for (int c = 1; c < window.channels; ++c)
-        text += "/" + std::to_string(row[at + static_cast<size_t>(c)]);
+        text += fmt::format("/{}", row[at + static_cast<size_t>(c)]);
     return text;
 }
 
@@ -68,42 +71,31 @@ void print_neighbourhood(const Window &window, int x, int y) {
     for (int r = window.top; r <= window.bottom; ++r) {
         std::cout << "    ";
         for (int c = window.left; c <= window.right; ++c) {
-            const std::string text = pixel_text(window, c, r);
             const bool centre = c == x && r == y;
-            std::cout << std::string(width - text.size(), ' ') << (centre ? "[" : " ") << text
-                      << (centre ? "]" : " ");
+            const std::string text = fmt::format("{}{}", centre ? "[" : " ", pixel_text(window, c, r));
+            std::cout << fmt::format("{:>{}}{}", text, width + 1, centre ? "]" : " ");
         }
         std::cout << "\n";
     }
 }
 
-std::string image_json(const FoundImage &image, const Window &window) {
-    std::vector<std::string> rows;
-    for (const std::vector<uint32_t> &row : window.rows) {
-        std::vector<std::string> samples;
-        for (const uint32_t sample : row)
-            samples.push_back(std::to_string(sample));
-        rows.push_back(json_list("[]", samples));
-    }
-    return json_list("{}",
-                     {json_member("image", json_text(image.name)),
-                      json_member("stage", image.known != nullptr ? json_text(image.known->stage) : "null"),
-                      json_member("left", std::to_string(window.left)),
-                      json_member("top", std::to_string(window.top)),
-                      json_member("channels", std::to_string(window.channels)),
-                      json_member("rows", json_list("[]", rows))});
+Json image_json(const FoundImage &image, const Window &window) {
+    return {
+        {"image", image.name},         {"stage", image.known != nullptr ? Json(image.known->stage) : Json()},
+        {"left", window.left},         {"top", window.top},
+        {"channels", window.channels}, {"rows", window.rows}};
 }
 
 /// "pixel 5,7, a Gr site of pattern 2" where the run has its top-level registers.
 std::string heading(const ProbeOptions &options, int x, int y) {
-    std::string text = "pixel " + std::to_string(x) + "," + std::to_string(y) + " of " + options.folder;
+    const std::string text = fmt::format("pixel {},{} of {}", x, y, options.folder);
     const std::string ini = options.folder + "/cmodel_top.ini";
     if (!readable(ini))
         return text;
     Registers registers;
     registers.load(ini);
     const auto bayer = static_cast<uint32_t>(int32_t{registers.top.hw.reg_img_bayerid});
-    return text + ", " + site_name(x, y, bayer) + " site of pattern " + std::to_string(bayer);
+    return fmt::format("{}, {} site of pattern {}", text, site_name(x, y, bayer), bayer);
 }
 
 void run(const ProbeOptions &options) {
@@ -112,7 +104,7 @@ void run(const ProbeOptions &options) {
     const std::vector<FoundImage> images = find_images(options.folder);
     if (images.empty())
         throw file_trouble(options.folder, "holds no .ppm image");
-    std::vector<std::string> json;
+    Json json = Json::array();
     if (!options.json)
         std::cout << heading(options, x, y) << "\n";
     for (const FoundImage &image : images) {
@@ -122,14 +114,13 @@ void run(const ProbeOptions &options) {
             continue;
         }
         const std::string value = pixel_text(window, x, y);
-        std::cout << image.name << std::string(image.name.size() < 29 ? 29 - image.name.size() : 1, ' ')
-                  << value << std::string(value.size() < 16 ? 16 - value.size() : 1, ' ')
-                  << (image.known != nullptr ? image.known->shows : "") << "\n";
+        std::cout << fmt::format("{:<28} {:<15} {}\n", image.name, value,
+                                 image.known != nullptr ? image.known->shows : "");
         if (options.window > 0)
             print_neighbourhood(window, x, y);
     }
     if (options.json)
-        std::cout << json_list("[]", json) << "\n";
+        std::cout << json_text(json) << "\n";
 }
 
 } // namespace

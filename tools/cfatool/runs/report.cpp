@@ -1,9 +1,10 @@
 // cfatool report: one page about one run.
 #include <filesystem>
+#include <fmt/core.h>
 #include <iostream>
 #include <memory>
 
-#include "tools/cfatool/base/output_file.h"
+#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/registers/ini_text.h"
 #include "tools/cfatool/registers/registers.h"
 #include "tools/cfatool/runs/report_page.h"
@@ -39,8 +40,9 @@ void collect_call(const std::string &folder, Report &report) {
         return;
     }
     const bool debug_folder = is_folder(folder + "/dbg");
-    report.call = std::string("cfa_cmodel cfa.ini run.log 0 1 ") + (debug_folder ? "dbg" : ".") +
-                  " cmodel_top.ini raw.ppm out.ppm out_dc.ppm out_sg.ppm\n";
+    report.call = fmt::format(
+        "cfa_cmodel cfa.ini run.log 0 1 {} cmodel_top.ini raw.ppm out.ppm out_dc.ppm out_sg.ppm\n",
+        debug_folder ? "dbg" : ".");
 }
 
 void make_folders(const std::string &output) {
@@ -64,8 +66,8 @@ void run(const ReportOptions &options) {
     for (const FoundImage &image : images)
         report.images.push_back(make_report_image(image, options.output));
     write_whole_file(options.output + "/index.html", report_page(report));
-    std::cout << options.output << "/index.html: " << report.images.size() << " images, "
-              << report.registers.size() << " registers that differ from their defaults\n";
+    std::cout << fmt::format("{}/index.html: {} images, {} registers that differ from their defaults\n",
+                             options.output, report.images.size(), report.registers.size());
 }
 
 } // namespace

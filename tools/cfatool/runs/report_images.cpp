@@ -2,6 +2,7 @@
 #include "tools/cfatool/runs/report_images.h"
 
 #include <algorithm>
+#include <openssl/evp.h>
 #include <optional>
 
 #include "tools/cfatool/pictures/png_file.h"
@@ -108,26 +109,17 @@ ReportImage make_report_image(const FoundImage &found, const std::string &folder
 }
 
 std::string samples_base64(const ReportImage &image) {
-    constexpr const char *DIGITS = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    uint32_t bits = 0;
-    int count = 0; // bits that are not in the text yet
-    const auto put = [&](uint32_t byte) {
-        bits = bits << 8 | byte;
-        for (count += 8; count >= 6; count -= 6)
-            text += DIGITS[bits >> (count - 6) & 63];
-    };
+    std::vector<uint8_t> bytes;
     PictureReader reader(image.image.path);
     std::vector<uint32_t> row;
     for (int y = 0; y < image.info.height; ++y) {
         reader.read_row(row);
         for (const uint32_t sample : row)
             for (int shift = image.most > 65535 ? 24 : 8; shift >= 0; shift -= 8)
-                put(sample >> shift & 255);
+                bytes.push_back(static_cast<uint8_t>(sample >> shift));
     }
-    if (count > 0)
-        text += DIGITS[bits << (6 - count) & 63];
-    text.resize((text.size() + 3) / 4 * 4, '=');
+    std::string text((bytes.size() + 2) / 3 * 4, '\0');
+    EVP_EncodeBlock(reinterpret_cast<uint8_t *>(text.data()), bytes.data(), static_cast<int>(bytes.size()));
     return text;
 }
 

@@ -27,6 +27,7 @@ constexpr int THUMBNAIL = 256;
 ReportImage make_report_image(const FoundImage &image, const std::string &folder);
 
 /// Every sample of a picture in base64: two bytes each, four if the largest needs them, high byte first.
+/// REQUIRES less than 500 million samples.
 std::string samples_base64(const ReportImage &image);
 
 } // namespace cfatool

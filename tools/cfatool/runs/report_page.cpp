@@ -1,9 +1,10 @@
 // HTML of a report: one page, its style and its script in it.
 #include "tools/cfatool/runs/report_page.h"
 
-#include <cstdlib>
+#include <fmt/core.h>
+#include <nlohmann/json.hpp>
 
-#include "tools/cfatool/base/json.h"
+#include "tools/cfatool/base/json_text.h"
 
 namespace cfatool {
 namespace {
@@ -54,11 +55,9 @@ document.querySelectorAll('figure img').forEach(img => img.addEventListener('mou
 std::string link_text(const std::string &path) {
     std::string link;
     for (const char c : path) {
-        char escape[4];
-        std::snprintf(escape, sizeof escape, "%%%02X", static_cast<unsigned char>(c));
         const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
                            c == '_' || c == '-' || c == '.' || c == '/';
-        link += plain ? std::string(1, c) : escape;
+        link += plain ? std::string(1, c) : fmt::format("%{:02X}", static_cast<unsigned char>(c));
     }
     return link;
 }
@@ -71,13 +70,15 @@ std::string register_table(const Report &report) {
         files += (files.empty() ? "" : ", ") + html_text(file);
     if (report.registers.empty())
         return "<p>None (" + files + ").</p>\n";
-    std::string table = "<p>From " + files +
-                        ".</p>\n<table>\n<tr><th>register</th><th class=\"n\">default</th>"
-                        "<th class=\"n\">value</th><th>meaning</th></tr>\n";
+    std::string table = fmt::format(R"(<p>From {}.</p>
+<table>
+<tr><th>register</th><th class="n">default</th><th class="n">value</th><th>meaning</th></tr>
+)",
+                                    files);
     for (const ReportRegister &r : report.registers)
-        table += "<tr><td>" + html_text(r.key) + "</td><td class=\"n\">" + std::to_string(r.reset) +
-                 "</td><td class=\"n\">" + std::to_string(r.value) + "</td><td>" + html_text(r.meaning) +
-                 "</td></tr>\n";
+        table += fmt::format(R"(<tr><td>{}</td><td class="n">{}</td><td class="n">{}</td><td>{}</td></tr>)"
+                             "\n",
+                             html_text(r.key), r.reset, r.value, html_text(r.meaning));
     return table + "</table>\n";
 }
 
@@ -88,18 +89,17 @@ std::string figure(const ReportImage &image, size_t id) {
     if (image.full.empty())
         text += "<p>A picture of no pixels.</p>";
     else
-        text += "<a href=\"" + link_text(image.full) + "\"><img src=\"" + link_text(image.thumbnail) +
-                "\" alt=\"" + name + "\" data-id=\"" + std::to_string(id) + "\"></a>";
-    text += "<figcaption><b>" + name + "</b>";
+        text += fmt::format(R"(<a href="{}"><img src="{}" alt="{}" data-id="{}"></a>)", link_text(image.full),
+                            link_text(image.thumbnail), name, id);
+    text += fmt::format("<figcaption><b>{}</b>", name);
     if (known != nullptr)
-        text += " <span class=\"stage\">" + html_text(known->stage) + "</span><br>" +
-                html_text(known->shows) + "; " + html_text(known->range);
-    text += "<br>" + std::to_string(image.info.width) + " x " + std::to_string(image.info.height) +
-            ", samples " + std::to_string(image.least) + ".." + std::to_string(image.most) + " of 0.." +
-            std::to_string(image.info.max);
+        text += fmt::format(R"( <span class="stage">{}</span><br>{}; {})", html_text(known->stage),
+                            html_text(known->shows), html_text(known->range));
+    text += fmt::format("<br>{} x {}, samples {}..{} of 0..{}", image.info.width, image.info.height,
+                        image.least, image.most, image.info.max);
     if (image.gain > 1)
-        text += ", brightened " + std::to_string(image.gain) + " times";
-    return text + "<output id=\"value" + std::to_string(id) + "\"></output></figcaption></figure>\n";
+        text += fmt::format(", brightened {} times", image.gain);
+    return text + fmt::format("<output id=\"value{}\"></output></figcaption></figure>\n", id);
 }
 
 /// Whether the page carries the samples.
@@ -113,21 +113,20 @@ bool carries_samples(const Report &report) {
 /// What the script knows of the images.
 std::string script_data(const Report &report) {
     const bool with_samples = carries_samples(report);
-    std::vector<std::string> images;
+    Json images = Json::array();
     for (size_t id = 0; id < report.images.size(); ++id) {
         const ReportImage &image = report.images[id];
-        images.push_back(
-            json_list("{}", {json_member("id", std::to_string(id)),
-                             json_member("width", std::to_string(image.info.width)),
-                             json_member("height", std::to_string(image.info.height)),
-                             json_member("channels", std::to_string(image.info.channels)),
-                             json_member("bytes", image.most > 65535 ? "4" : "2"),
-                             json_member("data", with_samples ? json_text(samples_base64(image)) : "\"\"")}));
+        images.push_back({{"id", id},
+                          {"width", image.info.width},
+                          {"height", image.info.height},
+                          {"channels", image.info.channels},
+                          {"bytes", image.most > 65535 ? 4 : 2},
+                          {"data", with_samples ? samples_base64(image) : ""}});
     }
     std::string folder = json_text(report.folder); // no "</script>" may stand in a script
     for (size_t at = 0; (at = folder.find('<', at)) != std::string::npos;)
         folder.replace(at, 1, "\\u003c");
-    return "const folder = " + folder + ";\nconst images = " + json_list("[]", images) + ";\n";
+    return fmt::format("const folder = {};\nconst images = {};\n", folder, json_text(images));
 }
 
 } // namespace

@@ -104,9 +104,4 @@ std::vector<FoundImage> find_images(const std::string &folder) {
     return found;
 }
 
-bool is_folder(const std::string &path) {
-    std::error_code error;
-    return fs::is_directory(path, error);
-}
-
 } // namespace cfatool

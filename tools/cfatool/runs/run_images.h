@@ -37,7 +37,4 @@ struct FoundImage {
 /// Throws Trouble for what is no folder.
 std::vector<FoundImage> find_images(const std::string &folder);
 
-/// Whether the path is a folder.
-bool is_folder(const std::string &path);
-
 } // namespace cfatool

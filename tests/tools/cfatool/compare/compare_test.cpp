@@ -107,7 +107,7 @@ TEST_CASE("compare: status and words, for scripts too") {
     const RgbPicture map = read_png(pair.folder / "m.png");
     for (size_t i = 0; i < map.samples.size(); i += 3) // grey but for the one pixel
         CHECK((map.samples[i] != map.samples[i + 1]) == (i == (6 + 5) * 3));
-    CHECK(contains(compare({"--json"}).out, "\"first\": {\"x\": 5, \"y\": 1, \"channel\": \"grey\""));
+    CHECK(contains(compare({"--json"}).out, "\"first\":{\"x\":5,\"y\":1,\"channel\":\"grey\""));
     CHECK(compare({"--tolerance", "512"}).status == 0);
     CHECK(compare({"--tolerance", "511"}).status == 1);
 
@@ -173,7 +173,7 @@ TEST_CASE("compare of two runs names the first stage in pipeline order, not in t
     CHECK(contains(outcome.out,
                    "first stage that differs: cfa_CalPredictPixel, dbg_img_MinRGB.ppm: 1 of 3072 samples "
                    "differ, largest 1, first at x 2, y 1: "));
-    CHECK(contains(compare({"--json"}).out, "\"first_stage\": \"cfa_CalPredictPixel\""));
+    CHECK(contains(compare({"--json"}).out, "\"first_stage\":\"cfa_CalPredictPixel\""));
 
     // Debug images of the one against the other's own folder; then one that is cut.
     const std::vector<std::string> with_own_folder = {"compare", folder / "a", folder / "a/dbg"};

@@ -3,17 +3,18 @@
 #include <regex>
 
 #include "tests/tools/cfatool/tool_support.h"
-#include "tools/cfatool/base/sha256.h"
+#include "tools/cfatool/base/files.h"
 
 using namespace cfatool;
 namespace fs = std::filesystem;
 
-TEST_CASE("SHA-256 as published") {
-    CHECK(sha256("") == "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
-    CHECK(sha256("abc") == "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
-    CHECK(sha256("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq") ==
-          "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
-    CHECK(sha256(std::string(1000000, 'a')) ==
+TEST_CASE("sums are those that were published, of files of more than one piece too") {
+    const TempFolder folder;
+    write_file(folder / "abc", "abc");
+    CHECK(sha256_of_file(folder / "abc") ==
+          "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+    write_file(folder / "million", std::string(1000000, 'a'));
+    CHECK(sha256_of_file(folder / "million") ==
           "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
 }
 

@@ -137,7 +137,7 @@ TEST_CASE("regs check: status, form of a finding, and the registers left unset a
     CHECK(check().status == 1);
     CHECK(check().out.starts_with(file +
                                   ":2: reg_img_width: 65536 does not fit 16 bits, 0..65535: 0 is stored\n"));
-    CHECK(contains(check({"--json"}).out, "\"line\": 2, \"message\": \"reg_img_width: "));
+    CHECK(contains(check({"--json"}).out, "\"line\":2,\"message\":\"reg_img_width: "));
     CHECK(cfatool_run({"regs", "check", folder / "none"}).err ==
           (folder / "none") + ": No such file or directory\n");
     CHECK(cfatool_run({"regs", "check", folder.path}).status == 2);

@@ -69,9 +69,9 @@ TEST_CASE("probe prints every image at the pixel, with neighbours on request") {
     CHECK(std::count(outcome.out.begin(), outcome.out.end(), '\n') == 39);
     std::string rows;
     for (int y = 19; y <= 21; ++y)
-        rows += (y == 19 ? "[" : ", [") + sample(62, y) + ", " + sample(63, y) + "]";
+        rows += (y == 19 ? "[" : ",[") + sample(62, y) + "," + sample(63, y) + "]";
     const Outcome json = cfatool_run({"probe", run, "63,20", "--window", "1", "--json"});
-    CHECK(contains(json.out, "\"left\": 62, \"top\": 19, \"channels\": 1, \"rows\": [" + rows + "]"));
+    CHECK(contains(json.out, "\"left\":62,\"top\":19,\"channels\":1,\"rows\":[" + rows + "]"));
     CHECK(cfatool_run({"probe", run, "64,20"}).status == 2);
     CHECK(cfatool_run({"probe", run + "/none", "1,1"}).status == 2);
 }

@@ -1,11 +1,30 @@
-// Output files that are whole or not there.
+// Files: read whole, written whole or not there, summed.
 #pragma once
 
 #include <cstddef>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 namespace cfatool {
+
+/// A stream that is closed with the object.
+using Stream = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
+
+/// Opens a file for reading. Throws Trouble.
+Stream open_to_read(const std::string &path);
+
+/// Whether a file can be opened for reading.
+bool readable(const std::string &path);
+
+/// Whether the path is a folder.
+bool is_folder(const std::string &path);
+
+/// All bytes of a text file of at most 64 MiB. Throws Trouble.
+std::string read_whole_file(const std::string &path);
+
+/// The SHA-256 of a file of any size as 64 hexadecimal digits. Throws Trouble.
+std::string sha256_of_file(const std::string &path);
 
 /// A file that appears under its name only when commit() has succeeded: it is written beside and renamed.
 /// What is there already and is no regular file (a device, a pipe, a link) is written directly. Every member
