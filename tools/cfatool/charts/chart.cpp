@@ -3,10 +3,9 @@
 #include <iostream>
 #include <memory>
 
-#include "tools/cfatool/base/integer_math.h"
 #include "tools/cfatool/base/numbers.h"
 #include "tools/cfatool/base/suggestion.h"
-#include "tools/cfatool/charts/charts.h"
+#include "tools/cfatool/charts/chart_file.h"
 #include "tools/cfatool/subcommands.h"
 
 namespace cfatool {
@@ -54,9 +53,6 @@ Canvas canvas_of(const ChartOptions &options, const Chart &chart, const MosaicFo
     refuse(options.angle != NOT_GIVEN && chart.angle < 0, "--angle", chart);
     refuse(!options.rgb.empty() && std::string(chart.name) != "flat", "--rgb", chart);
     Canvas canvas;
-    canvas.width = form.width;
-    canvas.height = form.height;
-    canvas.max = form.max();
     canvas.seed = options.seed;
     canvas.period = options.period != NOT_GIVEN ? options.period : chart.period;
     canvas.angle = options.angle != NOT_GIVEN ? options.angle : chart.angle;
@@ -76,24 +72,9 @@ MosaicForm form_of(const ChartOptions &options, const Chart &chart) {
     form.height = size.height;
     form.bayer = static_cast<uint32_t>(options.bayer);
     form.bits = options.bits;
-    form.full = chart.in_samples ? form.max() : FULL;
-    form.noise = options.noise != NOT_GIVEN ? options.noise : chart.noise * form.max() / 4095;
+    form.noise = options.noise != NOT_GIVEN ? options.noise : default_noise(chart, form);
     form.seed = options.seed;
     return form;
-}
-
-void write_chart(const ChartOptions &options) {
-    const Chart &chart = find_chart(options.name);
-    const MosaicForm form = form_of(options, chart);
-    const Painter paint = chart.paint(canvas_of(options, chart, form));
-    MosaicWriter writer(options.output, form);
-    std::vector<Rgb> row(form.width);
-    for (int y = 0; y < form.height; ++y) {
-        for (int x = 0; x < form.width; ++x)
-            row[x] = paint(x, y);
-        writer.write_row(row);
-    }
-    writer.commit();
 }
 
 void run(const ChartOptions &options) {
@@ -106,7 +87,9 @@ void run(const ChartOptions &options) {
     for (const auto &[given, name] : needed)
         if (!given)
             throw UsageTrouble(std::string(name) + " is required");
-    write_chart(options);
+    const Chart &chart = find_chart(options.name);
+    const MosaicForm form = form_of(options, chart);
+    write_chart(options.output, chart, form, canvas_of(options, chart, form));
 }
 
 } // namespace

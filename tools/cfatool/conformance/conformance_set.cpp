@@ -6,7 +6,7 @@
 #include "tools/cfatool/base/files.h"
 #include "tools/cfatool/base/integer_math.h"
 #include "tools/cfatool/base/trouble.h"
-#include "tools/cfatool/charts/charts.h"
+#include "tools/cfatool/charts/chart_file.h"
 #include "tools/cfatool/registers/registers.h"
 
 namespace cfatool {
@@ -26,25 +26,15 @@ void write_mosaic(const ConformanceCase &c, const std::string &path) {
     form.height = c.height;
     form.bayer = c.bayer;
     form.bits = c.bits;
-    form.full = chart.in_samples ? form.max() : FULL;
-    form.noise = int64_t{chart.noise} * form.max() / 4095;
+    form.noise = default_noise(chart, form);
     form.seed = c.seed;
     const int64_t level = form.max() / 3;
-    const Painter paint = chart.paint({c.width,
-                                       c.height,
-                                       form.max(),
-                                       c.seed,
-                                       chart.period,
-                                       std::max<int64_t>(chart.angle, 0),
-                                       {level, level + 1, 2 * level}});
-    MosaicWriter writer(path, form);
-    std::vector<Rgb> row(static_cast<size_t>(c.width));
-    for (int y = 0; y < c.height; ++y) {
-        for (int x = 0; x < c.width; ++x)
-            row[static_cast<size_t>(x)] = paint(x, y);
-        writer.write_row(row);
-    }
-    writer.commit();
+    Canvas canvas;
+    canvas.seed = c.seed;
+    canvas.period = chart.period;
+    canvas.angle = std::max<int64_t>(chart.angle, 0);
+    canvas.colour = {level, level + 1, 2 * level};
+    write_chart(path, chart, form, canvas);
 }
 
 /// Whether a register set gives this register a value, and which.
