@@ -11,14 +11,17 @@
 namespace cfatool {
 namespace {
 
-/// The value of a text of digits, -1 for any other text; more than int64_t can hold gives its maximum.
+constexpr int64_t NO_DIGITS = -1;
+constexpr int64_t TOO_LARGE = -2;
+
+/// The value of a text of digits, or one of the above.
 int64_t digits_value(const std::string &text) {
     int64_t value = 0;
     const char *const end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(text.data(), end, value);
     if (error == std::errc::invalid_argument || stop != end || text[0] == '-')
-        return -1;
-    return error == std::errc() ? value : std::numeric_limits<int64_t>::max();
+        return NO_DIGITS;
+    return error == std::errc() ? value : TOO_LARGE;
 }
 
 /// "2.5" for 2500.
@@ -32,7 +35,7 @@ std::string thousandths_text(int64_t value) {
 
 int64_t parse_decimal(const std::string &text, const std::string &what, int64_t min, int64_t max) {
     const int64_t value = digits_value(text);
-    if (value < 0)
+    if (value == NO_DIGITS)
         throw UsageTrouble(fmt::format("{}: '{}' is not a plain decimal number", what, text));
     if (value < min || value > max)
         throw UsageTrouble(fmt::format("{}: {} is outside {} to {}", what, text, min, max));
@@ -43,7 +46,7 @@ int64_t parse_thousandths(const std::string &text, const std::string &what, int6
     const size_t point = std::min(text.find('.'), text.size());
     const std::string whole = text.substr(0, point);
     std::string decimals = point < text.size() ? text.substr(point + 1) : "0";
-    if (digits_value(whole) < 0 || digits_value(decimals) < 0 || decimals.size() > 3)
+    if (digits_value(whole) == NO_DIGITS || digits_value(decimals) == NO_DIGITS || decimals.size() > 3)
         throw UsageTrouble(
             fmt::format("{}: '{}' is not a decimal number with at most three decimals", what, text));
     decimals.resize(3, '0');

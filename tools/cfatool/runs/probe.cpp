@@ -63,20 +63,23 @@ std::string pixel_text(const Window &window, int x, int y) {
     return text;
 }
 
-void print_neighbourhood(const Window &window, int x, int y) {
+/// The samples of a window in rows, (x, y) in brackets.
+std::string neighbourhood(const Window &window, int x, int y) {
     size_t width = 0;
     for (int r = window.top; r <= window.bottom; ++r)
         for (int c = window.left; c <= window.right; ++c)
             width = std::max(width, pixel_text(window, c, r).size());
+    std::string text;
     for (int r = window.top; r <= window.bottom; ++r) {
-        std::cout << "    ";
+        text += "    ";
         for (int c = window.left; c <= window.right; ++c) {
             const bool centre = c == x && r == y;
-            const std::string text = fmt::format("{}{}", centre ? "[" : " ", pixel_text(window, c, r));
-            std::cout << fmt::format("{:>{}}{}", text, width + 1, centre ? "]" : " ");
+            text += fmt::format("{:>{}}{}", (centre ? "[" : " ") + pixel_text(window, c, r), width + 1,
+                                centre ? "]" : " ");
         }
-        std::cout << "\n";
+        text += "\n";
     }
+    return text;
 }
 
 Json image_json(const FoundImage &image, const Window &window) {
@@ -105,22 +108,16 @@ void run(const ProbeOptions &options) {
     if (images.empty())
         throw file_trouble(options.folder, "holds no .ppm image");
     Json json = Json::array();
-    if (!options.json)
-        std::cout << heading(options, x, y) << "\n";
+    std::string text = heading(options, x, y) + "\n";
     for (const FoundImage &image : images) {
         const Window window = read_window(image.path, x, y, options.window);
-        if (options.json) {
-            json.push_back(image_json(image, window));
-            continue;
-        }
-        const std::string value = pixel_text(window, x, y);
-        std::cout << fmt::format("{:<28} {:<15} {}\n", image.name, value,
-                                 image.known != nullptr ? image.known->shows : "");
+        json.push_back(image_json(image, window));
+        text += fmt::format("{:<28} {:<15} {}\n", image.name, pixel_text(window, x, y),
+                            image.known != nullptr ? image.known->shows : "");
         if (options.window > 0)
-            print_neighbourhood(window, x, y);
+            text += neighbourhood(window, x, y);
     }
-    if (options.json)
-        std::cout << json_text(json) << "\n";
+    std::cout << (options.json ? json_text(json) + "\n" : text);
 }
 
 } // namespace
