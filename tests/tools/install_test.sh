@@ -17,26 +17,18 @@ for file in bin/cfa_cmodel bin/cfatool share/man/man1/cfa_cmodel.1 share/man/man
     share/bash-completion/completions/cfatool share/cfa_cmodel/samples/cfa.ini; do
     [ -s "$prefix/$file" ] || fail "$file is not installed"
 done
-if grep -r -l -F -e "$source" -e "$build" "$prefix" >"$scratch/paths"; then
-    case $flags in
-    *-fsanitize* | *-g*) ;; # debug information names folders
-    *) fail "a path of the build machine is in $(cat "$scratch/paths")" ;;
-    esac
-fi
+case $flags in
+*-fsanitize* | *-g*) ;; # debug information names folders
+*) ! grep -r -l -F -e "$source" -e "$build" "$prefix" || fail "a path of the build machine is in these files" ;;
+esac
 
 # The pkg-config file, read by pkg-config or, where there is none, by its few lines.
 pc=$(find "$prefix" -name cfa_cmodel.pc)
 [ -n "$pc" ] || fail "cfa_cmodel.pc is not installed"
-if command -v pkg-config >/dev/null; then
-    found=$(PKG_CONFIG_PATH=$(dirname "$pc") pkg-config --cflags --libs cfa_cmodel)
-else
-    libdir=$(dirname "$(dirname "$pc")")
-    found="-I$prefix/include/cfa_cmodel -fwrapv -L$libdir -lcfa_model -lcfa_common -linih"
-fi
-case $found in
-*-fwrapv*) ;;
-*) fail "-fwrapv is not among the compiler's flags: $found" ;;
-esac
+libdir=$(dirname "$(dirname "$pc")")
+found="-I$prefix/include/cfa_cmodel -fwrapv -L$libdir -lcfa_model -lcfa_common -linih"
+! command -v pkg-config >/dev/null || found=$(PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --cflags --libs cfa_cmodel)
+echo "$found" | grep -q -e '-fwrapv' || fail "-fwrapv is not among the compiler's flags: $found"
 cp "$source/examples/testbench.cpp" "$scratch"
 cd "$scratch" # nothing of the source tree may be found by accident
 # shellcheck disable=SC2086 # words are wanted
@@ -49,8 +41,4 @@ for header in $(cd "$prefix/include/cfa_cmodel" && find . -name '*.h' | sed 's,^
     # shellcheck disable=SC2086
     echo "#include \"$header\"" | "$compiler" -std=c++20 -fsyntax-only -x c++ $found - || fail "$header does not stand alone"
 done
-
-"$prefix/bin/cfatool" --version | grep -q '^cfatool [0-9]' || fail "cfatool --version"
-if [ -f "$source/tests/data/conformance.sha256" ]; then
-    "$prefix/bin/cfatool" conformance || fail "the installed tool does not conform"
-fi
+"$prefix/bin/cfatool" conformance || fail "the installed tool does not conform"
