@@ -16,7 +16,7 @@ _cfatool_options() {
     "regs dump") echo --from --block ;;
     "regs doc") echo -o ;;
     report) echo -o ;;
-    conformance) echo --tool --sums --record ;;
+    conformance) echo --tool --sums --record --list --inputs ;;
     esac
 }
 

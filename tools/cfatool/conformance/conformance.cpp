@@ -23,7 +23,8 @@ namespace {
 constexpr unsigned SECONDS_PER_RUN = 30; // the tool waits for ever for what it cannot open
 
 struct ConformanceOptions {
-    std::string tool, sums, record;
+    std::string tool, sums, record, inputs;
+    bool list = false;
 };
 
 using Sums = std::map<std::string, std::string>; // "v1/case/file" -> sum
@@ -140,11 +141,39 @@ void write_sums(const std::string &path, const Sums &sums) {
     write_whole_file(path, text);
 }
 
+std::string registers_name(RegisterSet set) {
+    static const char *const NAMES[] = {"defaults", "everything", "some", "all", "drawn", "bypass"};
+    return NAMES[static_cast<int>(set)];
+}
+
+/// The recipe of every case, and what it is there for.
+void list_cases() {
+    for (const ConformanceCase &c : conformance_cases())
+        std::cout << c.name << ": " << c.adds << "\n    " << c.chart << " " << c.width << " x " << c.height
+                  << ", id " << c.bayer << ", " << c.bits << " bits, registers "
+                  << registers_name(c.registers) << ", seed " << c.seed
+                  << (c.settings.empty() ? "" : ", " + c.settings) << "\n";
+}
+
+/// The inputs of every case, a folder each.
+void write_inputs(const std::string &folder) {
+    for (const ConformanceCase &c : conformance_cases()) {
+        std::filesystem::create_directories(folder + "/" + c.name);
+        write_conformance_case(c, folder + "/" + c.name);
+    }
+}
+
 std::string absolute(const std::string &path) {
     return path.find('/') == 0 ? path : std::filesystem::absolute(path).string();
 }
 
 int run(const ConformanceOptions &options) {
+    if (options.list)
+        list_cases();
+    if (!options.inputs.empty())
+        write_inputs(options.inputs);
+    if (options.list || !options.inputs.empty())
+        return STATUS_GOOD;
     const auto start = std::chrono::steady_clock::now();
     const std::string tool = absolute(options.tool.empty() ? program_folder() + "/cfa_cmodel" : options.tool);
     const std::string recorded_path =
@@ -158,7 +187,7 @@ int run(const ConformanceOptions &options) {
 
     Sums made;
     std::vector<std::string> problems;
-    const std::vector<ConformanceCase> cases = conformance_cases();
+    const std::vector<ConformanceCase> &cases = conformance_cases();
     for (const ConformanceCase &c : cases)
         run_case(c, tool, made, problems);
     if (!record)
@@ -182,6 +211,9 @@ void conformance_command(Command &command) {
     command.text("--sums", options->sums, "FILE", "The recorded sums (those installed with this program)");
     command.text("--record", options->record, "FILE",
                  "Record the sums of this tool instead of checking them");
+    command.flag("--list", options->list, "Say what each case is made of and there for, and run nothing");
+    command.text("--inputs", options->inputs, "FOLDER",
+                 "Write the inputs of every case into FOLDER/CASE, and run nothing");
     command.footer("Example: cfatool conformance --tool ./cfa_cmodel\n"
                    "Every case runs with and without debug images. Needs neither network nor other files.\n"
                    "Exit status: 0 all bytes as recorded, 1 some are not, 2 trouble.");

@@ -1,114 +1,101 @@
-// The cases of the conformance set, and their input files.
+// The cases of the conformance set. Together they show every single fault of the model's arithmetic that any
+// input can show (tests/mutation); those first in the list show most.
 #include "tools/cfatool/conformance/conformance_set.h"
-
-#include <cstring>
-
-#include "tools/cfatool/base/files.h"
-#include "tools/cfatool/base/integer_math.h"
-#include "tools/cfatool/base/trouble.h"
-#include "tools/cfatool/charts/chart_file.h"
-#include "tools/cfatool/registers/registers.h"
 
 namespace cfatool {
 namespace {
 
-const Chart &chart_of(const std::string &name) {
-    for (const Chart &chart : charts())
-        if (name == chart.name)
-            return chart;
-    throw Trouble("conformance: no chart '" + name + "'");
-}
+// Every correction, votes at green sites, no forced direction.
+const std::string ALL_ON = "ymoire_enable=1 cmoire_enable=1 shpn_enable=1 rb_vt_enable=1 force_dir_enable=0";
 
-void write_mosaic(const ConformanceCase &c, const std::string &path) {
-    const Chart &chart = chart_of(c.chart);
-    MosaicForm form;
-    form.width = c.width;
-    form.height = c.height;
-    form.bayer = c.bayer;
-    form.bits = c.bits;
-    form.noise = default_noise(chart, form);
-    form.seed = c.seed;
-    const int64_t level = form.max() / 3;
-    Canvas canvas;
-    canvas.seed = c.seed;
-    canvas.period = chart.period;
-    canvas.angle = std::max<int64_t>(chart.angle, 0);
-    canvas.colour = {level, level + 1, 2 * level};
-    write_chart(path, chart, form, canvas);
-}
+// The edge weight alone pulls the colours, at full strength.
+const std::string EDGE_ONLY = "cmoire_enable=1 force_dir_enable=0 cmoire_lumagain_enable=1 cmoire_strth=255 "
+                              "cmoire_sat_y0=4095 cmoire_sat_y1=4095 cmoire_sat_slp0=0 cmoire_ptclr_y0=4095 "
+                              "cmoire_ptclr_y1=4095 cmoire_ptclr_slp0=0 cmoire_pd_y0=0 cmoire_pd_y1=0 "
+                              "cmoire_pd_slp0=0 cmoire_edge_y0=0 cmoire_edge_y1=4095";
 
-/// Whether a register set gives this register a value, and which.
-bool chosen_value(const ConformanceCase &c, const cfa::RegisterInfo &info, uint64_t index, int64_t &value) {
-    const bool is_enable = std::strcmp(info.key, "reg_cfa_enable") == 0;
-    const bool ends_in_enable = std::string(info.key).ends_with("_enable");
-    const bool forces = std::strstr(info.key, "force_dir") != nullptr;
-    if (is_enable || c.registers == RegisterSet::bypass) {
-        value = c.registers != RegisterSet::bypass;
-        return is_enable;
-    }
-    if (c.registers == RegisterSet::everything) {
-        const bool strength = std::strcmp(info.key, "reg_cfa_shpn_gain_value") == 0;
-        value = strength ? 40 : 1;
-        return strength || (ends_in_enable && !forces);
-    }
-    const uint64_t random = random_bits(c.seed, index);
-    value = cfa::register_min(info.bits, info.is_signed) +
-            static_cast<int64_t>((random & 0xFFFFFFFF) % (uint64_t{1} << info.bits));
-    return c.registers == RegisterSet::all || (c.registers == RegisterSet::some && random >> 62 == 0);
-}
-
-std::string registers_text(const ConformanceCase &c) {
-    const cfa::RegisterTable &table = cfa::cfa_reg_hw_table();
-    std::string text = std::string("[") + table.name + "]\n";
-    uint64_t index = 0;
-    for (const cfa::RegisterInfo &info : table.registers) {
-        int64_t value = 0;
-        if (chosen_value(c, info, index++, value))
-            text += std::string(info.key) + " = " + std::to_string(value) + "\n";
-    }
-    return text;
-}
+// Curves whose slope leads away from their limit: weights leave their range.
+const std::string STEEP_LUMA =
+    "ymoire_enable=1 ymoire_detail_low=511 ymoire_detail_high=0 ymoire_detail_th=0 "
+    "ymoire_detail_slope=16383 ymoire_edge_low=511 ymoire_edge_high=0 "
+    "ymoire_edge_slope=16383";
+const std::string STEEP_PHASE = "cmoire_enable=1 cmoire_pd_y0=4095 cmoire_pd_y1=0 cmoire_pd_slp0=131071 "
+                                "cmoire_edge_y0=0";
 
 } // namespace
 
-std::vector<ConformanceCase> conformance_cases() {
+const std::vector<ConformanceCase> &conformance_cases() {
     using enum RegisterSet;
-    // Charts at the default registers, the four patterns in turn.
-    std::vector<ConformanceCase> cases;
-    for (const char *chart : {"scene", "zone-plate", "slanted-edge", "ramp", "flat", "checker", "stripes",
-                              "fabric", "impulses", "protected-hues", "noise"})
-        cases.push_back({std::string("defaults_") + chart, chart, 64, 48,
-                         static_cast<uint32_t>(cases.size() % 4), 12, defaults, cases.size() + 1});
-    for (uint32_t bayer = 0; bayer < 4; ++bayer)
-        cases.push_back({"everything_scene_id" + std::to_string(bayer), "scene", 96, 64, bayer, 12,
-                         everything, bayer + 1});
-    const char *const charts_in_turn[] = {"noise", "zone-plate", "fabric", "impulses"};
-    for (uint64_t i = 0; i < 8; ++i) {
-        const std::string chart = charts_in_turn[i % 4];
-        const auto bayer = static_cast<uint32_t>((i + i / 4) % 4);
-        cases.push_back({"some_" + std::to_string(i) + "_" + chart, chart, 61, 43, bayer, 12, some, 100 + i});
-        cases.push_back({"all_" + std::to_string(i) + "_" + chart, chart, 37, 29, bayer, 12, all, 200 + i});
-    }
-    // Forms: smallest, narrow, wide, other depths, 4 x 4 patterns, bypass.
-    cases.push_back({"smallest", "noise", 4, 3, 0, 12, everything, 301});
-    cases.push_back({"narrow", "noise", 4, 67, 1, 12, everything, 302});
-    cases.push_back({"flat_and_wide", "noise", 521, 3, 2, 12, everything, 303});
-    cases.push_back({"wide", "fabric", 259, 19, 3, 12, everything, 304});
-    cases.push_back({"8_bits", "scene", 64, 48, 0, 8, everything, 305});
-    cases.push_back({"10_bits", "noise", 33, 21, 1, 10, some, 306});
-    cases.push_back({"16_bits", "noise", 33, 21, 2, 16, all, 307});
-    cases.push_back({"20_bits", "noise", 33, 21, 3, 20, everything, 308});
-    cases.push_back({"4x4_pattern_id8", "scene", 48, 40, 8, 12, everything, 309});
-    cases.push_back({"4x4_pattern_id13", "noise", 35, 27, 13, 12, all, 310});
-    cases.push_back({"bypass", "scene", 40, 30, 0, 12, bypass, 311});
+    // clang-format off
+    static const std::vector<ConformanceCase> cases = {
+        // name, what it adds; chart, width, height, pattern id, bits, registers, seed, settings
+        {"all_on", "the bulk: neighbours, signs, shifts, roundings, limits and site colours of every stage",
+         "patchwork", 44, 36, 2, 12, everything, 35, ALL_ON + " shpn_gain_value=37 ymoire_ref_maxg_only=0 cmoire_protclr3_enable=1 vw_thd=300 shpn_core_value=9 shpn_min_gain=600 shpn_max_gain=1900 cmoire_strth=201"},
+        {"drawn_id2_a", "thresholds and weights away from their resets",
+         "patchwork", 44, 36, 2, 12, drawn, 11, ALL_ON + " shpn_gain_value=37 ymoire_ref_maxg_only=0 cmoire_protclr3_enable=1 rbsig_luma_thd=0 vw_thd=300 edgee_thd=20 edgee_thd2=20 shpn_core_value=9 cmoire_strth=201 ymoire_np=3"},
+        {"drawn_id2_b", "votes and tolerances; hue and saturation curves",
+         "patchwork", 48, 36, 2, 12, drawn, 15, ALL_ON + " shpn_gain_value=37 ymoire_ref_maxg_only=0 edge_tol=300 shpn_core_value=9 cmoire_strth=201 ymoire_np=3"},
+        {"4x4_pattern_id15", "sites beyond the four codes; register widths",
+         "fabric", 26, 20, 15, 12, all, 150015, ALL_ON + " edge_tol=389 gsig_tol=90 rbsig_tol=28 ghp_thd=65535"},
+        {"31_bits_steep", "products of samples that wrap; limits of samples",
+         "texture", 25, 15, 3, 31, all, 190304, ALL_ON + " edge_tol=195 gsig_tol=60 rbsig_tol=58 ymoire_np=1"},
+        {"placeholder_id6", "pattern ids 4 to 7: codes that no stage knows; protected hues",
+         "protected-hues", 44, 40, 6, 31, drawn, 790135, ALL_ON + " shpn_core_value=56 shpn_min_gain=651 shpn_max_gain=3090 ghp_thd=65535"},
+        {"all_id1_a", "forced direction; upper bits of the sharpening table; limits of the edge spread",
+         "scene", 36, 15, 1, 12, all, 150226, ""},
+        {"steep_phase_id0", "negative edge weights; a phase weight beyond 12 bits",
+         "patchwork", 49, 21, 0, 12, all, 650098, STEEP_PHASE + " cmoire_edge_y1=3027 cmoire_edge_slp0=-2469"},
+        {"drawn_id2_c", "exact ties at the limits of activity and tolerance",
+         "patchwork", 40, 36, 2, 12, drawn, 19, ALL_ON + " shpn_gain_value=37 cmoire_protclr3_enable=1 rbsig_luma_thd=0 edge_tol=300 shpn_core_value=9 shpn_min_gain=600 shpn_max_gain=1900 cmoire_pd_x0=20 cmoire_edge_x0=5"},
+        {"31_bits_id2", "weights of detail and sharpening that wrap; green left as it is",
+         "patchwork", 26, 18, 2, 31, all, 190301, ""},
+        {"all_id0", "moire weights that wrap; the third protected hue; left border of the edge maximum",
+         "scene", 20, 29, 0, 12, all, 150232, ALL_ON + " ymoire_np=22 ghp_thd=65535 cmoire_protclr1_enable=1 cmoire_protclr2_enable=1 cmoire_protclr3_enable=1"},
+        {"steep_phase_13_bits", "directional sums one step from their shift; a luma gain at its limit",
+         "texture", 28, 38, 2, 13, everything, 650184, STEEP_PHASE + " cmoire_edge_y1=0 cmoire_edge_slp0=-7976"},
+        {"steep_luma_id0", "luma-moire weights whose product wraps; forced direction 3",
+         "zone-plate", 11, 8, 0, 12, drawn, 350080, STEEP_LUMA + " ymoire_edge_th=0"},
+        {"13_bits_no_moire", "values just beyond 12 bits that nothing cuts: blend, luma",
+         "protected-hues", 36, 30, 2, 13, defaults, 650158, "ymoire_enable=0 cmoire_enable=0 shpn_enable=1 shpn_core_value=16 shpn_gain_value=40"},
+        {"31_bits_narrow", "a green ratio that wraps; hue of grey",
+         "texture", 5, 14, 3, 31, some, 517838, "force_dir_enable=0 force_dir_sel=1 ghp_thd=65535"},
+        {"4x4_pattern_id8", "activity at its limit; a level at its limit in the detail curve",
+         "patchwork", 26, 25, 8, 31, drawn, 190010, ALL_ON + " rbsig_luma_thd=0 edgee_thd=12 edgee_thd2=23 sige_thd=2616 cmoire_pd_x0=155 cmoire_edge_x0=126"},
+        {"all_id1_b", "largest activity exactly at the sharpening limit",
+         "scene", 35, 21, 1, 12, all, 150152, ""},
+        {"steep_luma_4_columns", "four columns; curve levels that are equal",
+         "scene", 4, 19, 2, 12, drawn, 350301, STEEP_LUMA + " ymoire_edge_th=8"},
+        {"30_bits_id3", "sharpening detail at its limit",
+         "scene", 15, 6, 3, 30, some, 190321, ALL_ON + " cmoire_pd_x0=157 cmoire_edge_x0=54 shpn_core_value=53 shpn_min_gain=242 shpn_max_gain=3419"},
+        {"three_rows", "three rows: the rows above the first of the edge maximum",
+         "patchwork", 38, 3, 1, 12, all, 150007, ALL_ON},
+        {"edge_only_id3", "a directional spread half a step below rounding",
+         "ramp", 30, 7, 3, 12, some, 452355, EDGE_ONLY + " cmoire_edge_x0=123 cmoire_edge_slp0=131071"},
+        {"edge_only_id1", "a luma gain half a step below rounding",
+         "ramp", 27, 9, 1, 12, some, 470612, EDGE_ONLY + " cmoire_edge_x0=815 cmoire_edge_slp0=131071"},
+        {"31_bits_id3", "colour lumas that wrap",
+         "scene", 9, 30, 3, 31, drawn, 190006, ""},
+        {"single_steps", "a flat field with single steps: a green range of 0 and a gradient of 1",
+         "texture", 38, 12, 2, 12, defaults, 350526, "ymoire_enable=1 force_dir_enable=0 ymoire_np=0 ymoire_ref_maxg_only=1 ymoire_detail_low=256 ymoire_lut_slope=64"},
+        {"31_bits_id0", "colour-distance weights that wrap",
+         "patchwork", 18, 33, 0, 31, all, 190174, ""},
+        {"drawn_id1", "variance exactly at its lead",
+         "patchwork", 40, 40, 1, 12, drawn, 42, ALL_ON + " shpn_gain_value=37 edgee_thd=20 edgee_thd2=20 edge_tol=300 shpn_min_gain=600 shpn_max_gain=1900 cmoire_strth=201 ymoire_np=3"},
+        {"bypass", "form: the block disabled",
+         "scene", 40, 30, 0, 12, bypass, 1, ""},
+        {"smallest", "form: 4 x 3",
+         "noise", 4, 3, 0, 12, everything, 2, ""},
+        {"8_bits", "form: 8 bits; the smallest luma of the gain, one off",
+         "scene", 48, 36, 2, 8, everything, 3, ""},
+        {"wide", "form: wider than a vector of the kernels",
+         "fabric", 259, 5, 3, 12, everything, 4, ""},
+        {"16_bits", "form: 16 bits",
+         "scene", 48, 36, 1, 16, everything, 5, ""},
+        {"20_bits", "form: 20 bits",
+         "patchwork", 37, 29, 2, 20, some, 6, "ymoire_enable=1 cmoire_enable=1 shpn_enable=1 shpn_gain_value=40"},
+    };
+    // clang-format on
     return cases;
-}
-
-void write_conformance_case(const ConformanceCase &c, const std::string &folder) {
-    write_mosaic(c, folder + "/raw.ppm");
-    write_whole_file(folder + "/cfa.ini", registers_text(c));
-    write_whole_file(folder + "/cmodel_top.ini",
-                     "[cmodel_top]\nreg_img_bayerid = " + std::to_string(c.bayer) + "\n");
 }
 
 } // namespace cfatool
