@@ -9,7 +9,7 @@ TEST_CASE("reciprocal equals get_inv: wherever a kernel reads it, at powers of t
     constexpr int64_t least = std::numeric_limits<int32_t>::min();
     constexpr int64_t largest = std::numeric_limits<int32_t>::max();
     CHECK(count_reciprocal_differences(-70000, 1200000) == 0);
-    for (int bit = 20; bit < 31; bit++) {
+    for (int bit = 20; bit < 31; ++bit) {
         CHECK(count_reciprocal_differences((int64_t{1} << bit) - 2000, 4000) == 0);
         CHECK(count_reciprocal_differences(-(int64_t{1} << bit) - 2000, 4000) == 0);
     }
