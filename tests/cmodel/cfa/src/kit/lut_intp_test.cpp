@@ -1,7 +1,4 @@
 #include <cmath>
-#include <cstdint>
-#include <cstdlib>
-#include <iterator>
 
 #include <doctest/doctest.h>
 
@@ -10,21 +7,24 @@
 using namespace cfa;
 
 TEST_CASE("lut_intp: square root by table") {
-    const int32_t xs[] = {0,         16,         32,         60,        76,    92,        112,    136,
-                          604,       704,        14524,      15256,     63760, 98304,     229376, 360448,
-                          264306688, 1052803072, 1073709057, INT32_MAX, -5,    INT32_MIN, 8,      24};
-    const int32_t roots[] = {0,   4,   6,   8,   9,     10,    11,    12,    25, 27, 121, 124,
-                             253, 314, 479, 600, 16258, 32447, 32767, 32767, 0,  0,  2,   5};
-    for (size_t i = 0; i < std::size(xs); i++) {
-        CAPTURE(xs[i]);
-        CHECK(lut_intp(xs[i]) == roots[i]);
-    }
-    CHECK(lut_intp(1073709056) == 0);                      // kept: exactly the last breakpoint
-    for (int32_t x = 60; x < 264306688; x += x / 97 + 1) { // between breakpoints a little less
-        CAPTURE(x);
-        REQUIRE(std::abs(lut_intp(x) - std::sqrt(x)) < 1.0 + std::sqrt(x) / 40);
-    }
-    // In the last interval the product wraps: (32767 - 32447) * 15000000 = 4800000000 - 2^32 = 505032704,
-    // over 20905984 is 24.
+    // Roots of breakpoints, rounded; 8 and 24 lie half-way between two, where the line is truncated.
+    const int32_t rows[][2] = {{0, 0},
+                               {16, 4},
+                               {32, 6},
+                               {60, 8},
+                               {63760, 253},
+                               {98304, 314},
+                               {1052803072, 32447},
+                               {8, 2},
+                               {24, 5},
+                               {1073709056, 0},
+                               {1073709057, 32767},
+                               {INT32_MAX, 32767},
+                               {-5, 0}};
+    for (const auto &row : rows)
+        CHECK_MESSAGE(lut_intp(row[0]) == row[1], row[0]);
+    for (int32_t x = 60; x < 264306688; x += x / 97 + 1) // between breakpoints a little less
+        REQUIRE_MESSAGE(std::abs(lut_intp(x) - std::sqrt(x)) < 1.0 + std::sqrt(x) / 40, x);
+    // In the last interval the product wraps: 320 * 15000000 - 2^32 = 505032704, over 20905984 is 24.
     CHECK(lut_intp(1052803072 + 15000000) == 32447 + 24);
 }
