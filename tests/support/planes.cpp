@@ -6,8 +6,6 @@
 
 #include <doctest/doctest.h>
 
-#include "cmodel/common/color_id.h"
-
 using namespace cfa;
 
 Plane::Plane(int width, int height, int channels, int32_t fill)
@@ -28,11 +26,8 @@ Plane::Plane(const Plane &other)
                 frame_->data);
 }
 
-int reflected(int i, int n) {
-    return n - 1 - std::abs(n - 1 - std::abs(i));
-}
-
 int32_t Plane::operator()(int y, int x, int c) const {
+    const auto reflected = [](int i, int n) { return n - 1 - std::abs(n - 1 - std::abs(i)); };
     return value(frame_.get(), reflected(y, height()), reflected(x, width()), c);
 }
 
@@ -44,35 +39,18 @@ int32_t Noise::in(int32_t low, int32_t high) {
 
 Plane Noise::plane(int width, int height, int channels, int32_t low, int32_t high) {
     Plane plane(width, height, channels);
-    for (int i = 0; i < width * height * channels; i++)
+    for (int i = 0; i < width * height * channels; ++i)
         static_cast<FRAME *>(plane)->data[i] = static_cast<uint32_t>(in(low, high));
     return plane;
-}
-
-int code_at(int y, int x, uint32_t bayer_id) {
-    static const char *const bayer[4] = {"0123", "1032", "2301", "3210"};
-    if (bayer_id < 4)
-        return bayer[bayer_id][y % 2 * 2 + x % 2] - '0';
-    return static_cast<int>(CM_GET_COLOR_ID(y, x, bayer_id));
-}
-
-Plane flat_colors(int width, int height, uint32_t bayer_id, int32_t red, int32_t green, int32_t blue) {
-    Plane raw(width, height);
-    for (int y = 0; y < height; y++)
-        for (int x = 0; x < width; x++) {
-            const int code = code_at(y, x, bayer_id);
-            raw.set(y, x, 0, code == 3 ? red : code == 0 ? blue : green);
-        }
-    return raw;
 }
 
 void expect_plane(const char *name, const Plane &got, const std::function<int32_t(int, int, int)> &want) {
     const int channels = static_cast<int>(static_cast<FRAME *>(got)->channels);
     std::ostringstream first;
     int differences = 0;
-    for (int y = 0; y < got.height(); y++)
-        for (int x = 0; x < got.width(); x++)
-            for (int c = 0; c < channels; c++) {
+    for (int y = 0; y < got.height(); ++y)
+        for (int x = 0; x < got.width(); ++x)
+            for (int c = 0; c < channels; ++c) {
                 const int32_t wanted = want(y, x, c);
                 if (got(y, x, c) != wanted && differences++ == 0)
                     first << name << ": y " << y << ", x " << x << ", channel " << c << ", got "

@@ -34,9 +34,6 @@ class Plane {
     cfa::FramePtr frame_;
 };
 
-/// A position reflected once at the borders of n samples.
-int reflected(int i, int n);
-
 /// Repeatable noise.
 class Noise {
   public:
@@ -47,12 +44,6 @@ class Noise {
   private:
     uint64_t state_;
 };
-
-/// Colour code of a pixel.
-int code_at(int y, int x, uint32_t bayer_id);
-
-/// A mosaic of one value per colour.
-Plane flat_colors(int width, int height, uint32_t bayer_id, int32_t red, int32_t green, int32_t blue);
 
 /// Compares every sample; a plane that differs prints its first difference: y, x, channel, got, want.
 void expect_plane(const char *name, const Plane &got,
