@@ -5,101 +5,60 @@
 // dbg/ with its debug images, if it has any.
 
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <set>
-#include <string>
-#include <vector>
 
-#include <sys/wait.h>
-#include <unistd.h>
+#include "tests/support/support.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-std::vector<char> bytes_of(const fs::path &path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
+const std::set<std::string> inputs = {"cfa.ini", "cmodel_top.ini", "raw.ppm"};
+
+// Files of a folder and its folders, by their path in it.
+std::set<std::string> files_in(const fs::path &folder) {
+    std::set<std::string> files;
+    for (const auto &entry : fs::recursive_directory_iterator(folder))
+        if (entry.is_regular_file())
+            files.insert(fs::relative(entry.path(), folder));
+    return files;
 }
 
-int run(const std::vector<std::string> &args) {
-    std::vector<char *> argv;
-    for (const std::string &arg : args)
-        argv.push_back(const_cast<char *>(arg.c_str()));
-    argv.push_back(nullptr);
-    const pid_t pid = fork();
-    if (pid == 0) {
-        alarm(60); // the tool waits without end for what it cannot open
-        execv(argv[0], argv.data());
-        _exit(127);
+// Returns how many files differ.
+int check_case(const std::string &tool, const fs::path &want) {
+    const TempFolder got;
+    fs::create_directory(got / "dbg");
+    const Outcome run =
+        run_program({tool, want / "cfa.ini", "/dev/null", "0", "1", got / "dbg", want / "cmodel_top.ini",
+                     want / "raw.ppm", got / "out.ppm", got / "out_dc.ppm", got / "out_sg.ppm"},
+                    60000); // the tool waits without end for what it cannot open
+    if (run.status != 0)
+        std::printf("%s: status %d\n%s", want.c_str(), run.status, run.err.c_str());
+    std::set<std::string> files = files_in(got.path);
+    files.merge(files_in(want));
+    int faults = run.status != 0;
+    for (const std::string &file : files) {
+        if (inputs.contains(file) || read_file(got / file) == read_file(want / file))
+            continue;
+        std::printf("%s/%s: %s\n", want.c_str(), file.c_str(),
+                    !fs::exists(want / file)  ? "not recorded"
+                    : !fs::exists(got / file) ? "not written"
+                                              : "differs");
+        ++faults;
     }
-    int status = 0;
-    if (pid < 0 || waitpid(pid, &status, 0) != pid)
-        return -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-std::set<std::string> names_in(const fs::path &folder) {
-    std::set<std::string> names;
-    if (fs::exists(folder))
-        for (const auto &entry : fs::directory_iterator(folder))
-            names.insert(entry.path().filename());
-    return names;
-}
-
-// Compares one file; returns 1 and prints a line when it differs.
-int compare(const std::string &name, const fs::path &got_path, const fs::path &want_path) {
-    const char *const verdict = !fs::exists(want_path)                      ? "not recorded"
-                                : !fs::exists(got_path)                     ? "not written"
-                                : bytes_of(got_path) != bytes_of(want_path) ? "differs"
-                                                                            : nullptr;
-    if (verdict == nullptr)
-        return 0;
-    std::printf("%s: %s\n", name.c_str(), verdict);
-    return 1;
-}
-
-int check_case(const std::string &tool, const fs::path &folder, const fs::path &scratch) {
-    const std::string name = folder.filename();
-    const fs::path dbg = scratch / "dbg";
-    fs::create_directories(dbg);
-    const int status =
-        run({tool, folder / "cfa.ini", scratch / "log", "0", "1", dbg, folder / "cmodel_top.ini",
-             folder / "raw.ppm", scratch / "out.ppm", scratch / "out_dc.ppm", scratch / "out_sg.ppm"});
-    int faults = status != 0;
-    if (status != 0)
-        std::printf("%s: status %d\n", name.c_str(), status);
-    for (const char *const file : {"out.ppm", "out_dc.ppm", "out_sg.ppm"})
-        faults += compare(name + "/" + file, scratch / file, folder / file);
-    std::set<std::string> images = names_in(dbg);
-    images.merge(names_in(folder / "dbg"));
-    for (const std::string &file : images)
-        faults += compare(name + "/dbg/" + file, dbg / file, folder / "dbg" / file);
     return faults;
 }
 
 } // namespace
 
 int main(int argc, char **argv) {
-    if (argc < 3) {
-        std::fprintf(stderr, "Usage: golden_test TOOL FOLDER...\n");
-        return 2;
-    }
-    std::string pattern = fs::temp_directory_path() / "cfa_golden.XXXXXX";
-    if (mkdtemp(pattern.data()) == nullptr)
-        return 2;
-    int cases = 0;
-    int faults = 0;
-    for (int i = 2; i < argc; i++) {
+    int cases = 0, faults = 0;
+    for (int i = 2; i < argc; ++i)
         for (const auto &entry : fs::directory_iterator(argv[i])) {
-            faults += check_case(argv[1], entry.path(), fs::path(pattern) / entry.path().filename());
-            cases++;
+            faults += check_case(argv[1], entry.path());
+            ++cases;
         }
-    }
-    fs::remove_all(pattern);
     std::printf("%d cases, %d faults\n", cases, faults);
-    return cases > 0 && faults == 0 ? 0 : 1;
+    return cases > 0 && faults == 0 ? 0 : 1; // no case: golden_test TOOL FOLDER...
 }

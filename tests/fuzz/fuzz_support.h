@@ -1,7 +1,6 @@
-// What the fuzz targets share: inputs as files, refused inputs, limits.
+// What the fuzz targets share. Each of them judges one input; limits and files are here.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -9,15 +8,15 @@
 /// Pictures with more pixels are not tried: large sizes are a matter of other tests.
 constexpr int64_t FUZZ_PIXELS = 65536;
 
-/// The bytes as a file in memory. The path is good until the next call with the same slot (0 to 3).
-std::string memory_file(int slot, const void *bytes, size_t size);
+/// Of each target: judges an input, given as the path of a file in memory and as its bytes.
+void try_input(const std::string &path, const std::string &bytes);
 
-/// All bytes of a file.
-std::string file_bytes(const std::string &path);
+/// The bytes as a file in memory. The path is good until the next call with the same slot (0 or 1;
+/// try_input's is 0).
+std::string memory_file(int slot, const std::string &bytes);
 
-/// Runs a function; returns 0, or the status with which it ended the process. Files that it left open then
-/// are closed. A status other than 0 or 1 stops the fuzzer.
-int run_refusable(const std::function<void()> &function);
+/// Runs a function; returns whether it threw an Error.
+bool refused(const std::function<void()> &function);
 
-/// Stops the fuzzer with a message.
-[[noreturn]] void fuzz_failure(const std::string &message);
+/// Stops the fuzzer with a message unless this holds.
+void expect(bool holds, const std::string &message);

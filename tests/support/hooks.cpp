@@ -16,24 +16,32 @@ std::function<int(Call, int, size_t &)> before_call;
 std::function<void()> after_call;
 std::time_t (*fake_time)();
 
-Allocations *const allocations = static_cast<Allocations *>(
-    mmap(nullptr, sizeof(Allocations), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
+Watch *const watched = static_cast<Watch *>(
+    mmap(nullptr, sizeof(Watch), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0));
 
-void watch_allocations(long failing, bool and_later) {
-    *allocations = {getpid(), failing, and_later};
+void watch(long failing, bool and_later) {
+    *watched = {getpid(), failing, and_later};
 }
 
 namespace {
 
 bool inside = false; // a hook
 
+bool is_watched() {
+    return watched != nullptr && watched->process == getpid(); // null before main
+}
+
 template <class Real> auto hooked(Call call, int number, size_t size, Real real) -> decltype(real(size)) {
     if (inside)
         return real(size);
     inside = true;
     const int error = before_call ? before_call(call, number, size) : 0;
-    auto result = error != 0 ? -1 : real(size);
-    int kept = error != 0 ? error : errno;
+    const auto result = error != 0 ? -1 : real(size);
+    const int kept = error != 0 ? error : errno;
+    if (is_watched()) {
+        ++watched->calls;
+        watched->written += call == Call::write && result > 0 ? result : 0;
+    }
     if (error == 0 && after_call)
         after_call();
     inside = false;
@@ -90,13 +98,13 @@ std::time_t __wrap_time(std::time_t *out) {
 namespace {
 
 bool fails(size_t size) {
-    if (allocations == nullptr || allocations->process != getpid()) // null before main
+    if (!is_watched())
         return false;
-    Allocations &a = *allocations;
-    ++a.calls;
-    a.bytes += size;
-    a.most = std::max(a.most, size);
-    if (a.calls != a.failing && (!a.and_later || a.calls < a.failing))
+    Watch &w = *watched;
+    ++w.allocations;
+    w.bytes += size;
+    w.most = std::max(w.most, size);
+    if (w.allocations != w.failing && (!w.and_later || w.allocations < w.failing))
         return false;
     errno = ENOMEM;
     return true;

@@ -22,20 +22,21 @@ struct Hooked {
     ~Hooked() { before_call = nullptr, after_call = nullptr; }
 };
 
-/// Allocations of one process; in memory that the test and its children share.
-struct Allocations {
-    pid_t process;    // that counts and obeys
-    long failing;     // the number of the one that fails, 0 for none,
-    bool and_later;   // with all that follow
-    long calls = 0;   // so far
-    size_t bytes = 0; // requested so far
-    size_t most = 0;  // bytes of the largest request
+/// What one process did; in memory that the test and its children share.
+struct Watch {
+    pid_t process;
+    long failing;         // the number of the allocation that fails, 0 for none,
+    bool and_later;       // with all that follow
+    long allocations = 0; // so far: none are counted or fail under sanitizers, which take no other allocator
+    size_t bytes = 0;     // requested
+    size_t most = 0;      // bytes of the largest request
+    long calls = 0;       // system calls as above
+    long written = 0;     // bytes
 };
 
-/// For the process that calls: counts from now on, and fails as ordered. REQUIRES a build without sanitizers,
-/// which take no other allocator; there nothing is counted.
-void watch_allocations(long failing = 0, bool and_later = false);
-extern Allocations *const allocations;
+/// Watches the process that calls this from now on.
+void watch(long failing = 0, bool and_later = false);
+extern Watch *const watched;
 
 /// What std::time gives instead of the time.
 extern std::time_t (*fake_time)();

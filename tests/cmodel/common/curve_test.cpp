@@ -3,48 +3,43 @@
 #include <doctest/doctest.h>
 
 #include <limits>
-#include <random>
 
 namespace {
 
 constexpr int32_t MIN = std::numeric_limits<int32_t>::min();
 constexpr int32_t MAX = std::numeric_limits<int32_t>::max();
 
-// The low 32 bits of an exact number, as a signed one.
-int32_t wrap(__int128 v) {
-    return static_cast<int32_t>(static_cast<uint32_t>(v & 0xFFFFFFFF));
-}
-
-// The curve in exact arithmetic, wrapped where the hardware's words end.
-int32_t exact_curve(int32_t x, int32_t x0, int32_t y0, int32_t y1, int32_t slope, uint32_t shift,
-                    bool rounded) {
-    if (x <= x0)
-        return y0;
-    const __int128 half = rounded && shift > 0 ? __int128{1} << (shift - 1) : 0;
-    const int32_t t = wrap(__int128{wrap((__int128{x} - x0) * slope + half) >> shift} + y0);
-    if (y0 <= y1)
-        return t < y1 ? t : y1;
-    return t > y1 ? t : y1;
-}
-
 } // namespace
 
-TEST_CASE("curves: any arguments, against exact arithmetic") {
-    std::mt19937 random(1);
-    for (int i = 0; i < 200000; ++i) {
-        const auto number = [&] { return static_cast<int32_t>(random()) >> (random() % 32); };
-        const int32_t x = number(), x0 = number(), y0 = number(), y1 = number(), slope = number();
-        const uint32_t shift = random() % 32;
-        INFO("x ", x, " x0 ", x0, " y0 ", y0, " y1 ", y1, " slope ", slope, " shift ", shift);
-        const auto ux = static_cast<uint32_t>(x), uy0 = static_cast<uint32_t>(y0);
-        REQUIRE(CM_LUT3(ux, x0, uy0, y1, static_cast<uint32_t>(slope), shift) ==
-                exact_curve(x, x0, y0, y1, slope, shift, true));
-        REQUIRE(CM_LUT3_CLIP(ux, x0, y0, y1, slope, shift) ==
-                exact_curve(x, x0, y0, y1, slope, shift, false));
+TEST_CASE("curves: knee, slope, limits, wraps; rounded and truncated") {
+    const int32_t cases[][8] = {
+        // x, x0, y0, y1, slope, shift, rounded, truncated
+        {10, 10, 7, 100, 3, 1, 7, 7},
+        {11, 10, 0, 100, 3, 1, 2, 1},
+        {13, 10, 7, 100, 3, 0, 16, 16},
+        {4000, 10, 0, 100, 3, 1, 100, 100},
+        {13, 10, 7, -5, -9, 3, 4, 3},               // floor(-27 / 8 + half), floor(-27 / 8)
+        {500, 200, 4095, 0, -6988, 10, 2048, 2047}, // 4095 + floor(-2096400 / 1024)
+        {4095, 200, 4095, 0, -6988, 10, 0, 0},
+        {20, 10, 5, 5, -1, 0, -5, -5},                        // equal levels take the rising branch
+        {20, 10, 5, 100, -1, 0, -5, -5},                      // a slope against its levels leaves their range
+        {-1, 10, 5, 100, 1, 0, 5, 5},                         // x is signed
+        {65536, 0, 9, 100, 65536, 4, 9, 9},                   // the product wraps to 0,
+        {65537, 1, 9, -MAX, 32768, 16, 9 - 32768, 9 - 32768}, // to the most negative number,
+        {MAX, MIN, 0, 100, -3, 31, 0, 0},                     // x - x0 to -1
+        {1, 0, MAX, MAX, 5, 0, MIN + 4, MIN + 4},             // the sum too
+        {2, 1, 0, 9, MAX, 31, -1, 0},                         // and the half
+    };
+    for (const auto &c : cases) {
+        INFO("x ", c[0], " x0 ", c[1], " slope ", c[4]);
+        CHECK(CM_LUT3(static_cast<uint32_t>(c[0]), c[1], static_cast<uint32_t>(c[2]), c[3],
+                      static_cast<uint32_t>(c[4]), static_cast<uint32_t>(c[5])) == c[6]);
+        CHECK(CM_LUT3_CLIP(static_cast<uint32_t>(c[0]), c[1], c[2], c[3], c[4],
+                           static_cast<uint32_t>(c[5])) == c[7]);
     }
 }
 
-TEST_CASE("two-point interpolation; points of the curves by hand") {
+TEST_CASE("two-point interpolation") {
     const int32_t cases[][6] = {
         // x0, x1, y0, y1, x, result
         {0, 4, 10, 20, 1, 12},
@@ -61,8 +56,4 @@ TEST_CASE("two-point interpolation; points of the curves by hand") {
     };
     for (const auto &c : cases)
         CHECK(CM_SingleIntp(c[0], c[1], c[2], c[3], c[4]) == c[5]);
-    // Falling from 4095 at 200 to 0 at 800, slope -6988 / 1024. At 500: 4095 + floor(-2096400 / 1024) = 2047.
-    CHECK(CM_LUT3_CLIP(500, 200, 4095, 0, -6988, 10) == 2047);
-    CHECK(CM_LUT3(500, 200, 4095, 0, static_cast<uint32_t>(-6988), 10) == 2048);
-    CHECK(CM_LUT3(20, 10, 5, 5, static_cast<uint32_t>(-1), 0) == -5); // equal levels take the rising branch
 }

@@ -84,10 +84,10 @@ TEST_CASE("lines of every length around the parser's own limit, and of megabytes
         const std::string text = "[cfa]\nreg_cfa_enable" + blanks + "=" + blanks + "-" + zeros + "12" +
                                  blanks + "; c\n" + blanks + zeros + "34\n# " + zeros + "k = 1\n[" + name +
                                  "] ; c\nk = 1\n";
-        watch_allocations();
+        watch();
         const Parsed parsed = parse(text);
         INFO(length, ": ", shown(parsed));
-        CHECK(allocations->bytes < 100000);
+        CHECK(watched->bytes < 100000);
         CHECK(parsed.result == 0);
         CHECK(parsed.settings == std::vector<Setting>{{"cfa", "reg_cfa_enable", -12},
                                                       {"cfa", "reg_cfa_enable", 34},

@@ -9,100 +9,93 @@ using namespace cfa;
 
 namespace {
 
-const std::string top_section =
-    "[cmodel_top]\nreg_img_bayerid = 0\nreg_pre_img_bayerid = 0\nreg_dci_rgb0yuv1 = 0\n"
-    "reg_hdr_enable = 0\nreg_3exp_hdr_enable = 0\nreg_rgbir_enable = 0\n"
-    "reg_rccb_enable = 0\nreg_radial_crop_enable = 0\nreg_img_width = 1920\n"
-    "reg_img_height = 1080\nreg_af_raw0yuv1 = 0\n";
+// What the sections of the top level look like after a reset.
+std::string top_section() {
+    std::string text = "[cmodel_top]\n";
+    for (const RegisterInfo &info : cmodel_top_reg_hw_table().registers)
+        text += std::string(info.key) + " = " + std::to_string(info.reset) + "\n";
+    return text;
+}
 
 } // namespace
 
-TEST_CASE_FIXTURE(FreshRegisters,
-                  "into a new file: both parts in the order of the list, and what is dumped loads again") {
+TEST_CASE_FIXTURE(
+    FreshRegisters,
+    "a dump into a file of any content: the own section is replaced, the rest stays; its records") {
     const TempFolder folder;
-    const std::string path = folder / "cfa.ini";
-    std::string want = "[cfa]\n";
-    for (const RegisterInfo &info : cfa_reg_hw_table().registers) {
-        info.store(cfa_reg.hw, info.reset + 1);
-        want += std::string(info.key) + " = " +
-                std::to_string(register_truncate(info.reset + 1, info.bits, info.is_signed)) + "\n";
-    }
-    CHECK(DUMP_CFA_INI(path.c_str()) == 0);
-    CHECK(read_file(path) == want + "[cfa_sw]\n");
-    CHECK(want.find("\nreg_cfa_cmoire_sat_slp0 = -6987\n") != std::string::npos);
-    reset();
-    LOAD_CFA_INI(path.c_str());
-    for (const RegisterInfo &info : cfa_reg_hw_table().registers)
-        CHECK(info.read(cfa_reg.hw) == register_truncate(info.reset + 1, info.bits, info.is_signed));
-}
-
-TEST_CASE_FIXTURE(FreshRegisters, "into an existing file: the own section is replaced, the rest stays") {
-    const TempFolder folder;
-    const std::string path = folder / "file.ini";
-    const auto both = DUMP_CMODEL_TOP_INI, hw = DUMP_CMODEL_TOP_HW_INI, sw = DUMP_CMODEL_TOP_SW_INI;
+    const std::string path = folder / "file.ini", temp = path + ".temp", top = top_section(),
+                      none = "(no file)";
+    CHECK(top.starts_with("[cmodel_top]\nreg_img_bayerid = 0\n"));
+    const auto all = DUMP_CMODEL_TOP_INI, hw = DUMP_CMODEL_TOP_HW_INI, sw = DUMP_CMODEL_TOP_SW_INI;
     const std::string long_line = std::string("k = ") + '\0' + std::string(100000, 'v') + "\n";
     struct Case {
         int (*dump)(const char *);
         std::string before, after;
     };
     for (const Case &c : {
-             Case{both, "[other]\na = 1\n[cmodel_top]\nreg_img_bayerid = 3\n[tail]\nb = 2\n",
-                  "[other]\na = 1\n" + top_section + "\n[tail]\nb = 2\n[cmodel_top_sw]\n"},
+             Case{all, none, top + "[cmodel_top_sw]\n"},
+             Case{all, "[other]\na = 1\n[cmodel_top]\nreg_img_bayerid = 3\n[tail]\nb = 2\n",
+                  "[other]\na = 1\n" + top + "\n[tail]\nb = 2\n[cmodel_top_sw]\n"},
              Case{sw, "[cmodel_top_sw]\nold\n[TAIL]\nb = 2\n[c]\n",
                   "[cmodel_top_sw]\n\n[TAIL]\nb = 2\n[c]\n"},
-             Case{hw, "[cmodel_top]\r\nold\r\n[tail]\r\n", top_section + "\n[tail]\r\n"},
-             Case{hw, "", top_section},
-             Case{hw, "[CMODEL_TOP]\nx = 1\n", "[CMODEL_TOP]\nx = 1\n" + top_section},
-             Case{hw, "[cmodel_top] \nx\n", "[cmodel_top] \nx\n" + top_section},
+             Case{hw, "[cmodel_top]\r\nold\r\n[tail]\r\n", top + "\n[tail]\r\n"},
+             Case{hw, "", top},
+             Case{hw, "[CMODEL_TOP]\nx = 1\n", "[CMODEL_TOP]\nx = 1\n" + top},
+             Case{hw, "[cmodel_top] \nx\n", "[cmodel_top] \nx\n" + top},
              // Without a line feed the header is not the part's own.
              Case{sw, "[cmodel_top_sw]", "[cmodel_top_sw][cmodel_top_sw]\n"},
              // A run of letters before "]" is a header too, a blank in it makes it a line.
              Case{sw, "[cmodel_top_sw]\nold\nab]\nx\n", "[cmodel_top_sw]\n\nab]\nx\n"},
              Case{sw, "[cmodel_top_sw]\n[a b]\nx\n", "[cmodel_top_sw]\n"},
-             // Twice the own section: written twice.
-             Case{sw, "[cmodel_top_sw]\n[cmodel_top_sw]\n", "[cmodel_top_sw]\n\n[cmodel_top_sw]\n"},
+             Case{sw, "[cmodel_top_sw]\n[cmodel_top_sw]\n",
+                  "[cmodel_top_sw]\n\n[cmodel_top_sw]\n"}, // written twice
              Case{sw, long_line, long_line + "[cmodel_top_sw]\n"},
          }) {
         INFO(c.before);
-        write_file(path, c.before);
+        std::filesystem::remove(path);
+        if (c.before != none)
+            write_file(path, c.before);
+        take_log();
         CHECK(c.dump(path.c_str()) == 0);
         CHECK(read_file(path) == c.after);
-        CHECK_FALSE(std::filesystem::exists(path + ".temp"));
+        CHECK(read_file(temp) == none);
+        std::vector<std::string> want;
+        const std::string in = " Dump INI configurations in " + path;
+        for (const std::string part : {"HW", "SW"})
+            if (c.dump != (part == "HW" ? sw : hw)) {
+                want.push_back("[DUMP_CMODEL_TOP_" + part + "_INI]" + in + "...");
+                want.push_back("[DUMP_CMODEL_TOP_" + part + "_INI]" + in + " done");
+            }
+        if (c.dump == all) {
+            want.insert(want.begin(), "[DUMP] Dump cmodel_top INI configurations in " + path + "...");
+            want.push_back("[DUMP] Dump cmodel_top INI Done....");
+        }
+        std::vector<std::string> log = take_log();
+        REQUIRE(log.size() == want.size());
+        for (size_t i = 0; i < log.size(); ++i)
+            CHECK(matches(log[i], "DEBUG cmodel_top_reg:[0-9]+: .*") * log[i].ends_with(": " + want[i]));
+    }
+    // Without a temporary file: one that cannot be made (kept: the INI file is empty then), one that can only
+    // be read: a program that runs, not even by the superuser to be opened for writing.
+    for (const auto &[target, left] :
+         {std::pair{"/no/such/folder/file", ""}, {"/proc/self/exe", "[other]\n"}}) {
+        write_file(path, "[other]\n");
+        std::filesystem::remove(temp);
+        std::filesystem::create_symlink(target, temp);
+        CHECK(hw(path.c_str()) == 0);
+        CHECK(take_log().back().ends_with(": error: no temp.ini file!"));
+        CHECK((read_file(path) == left));
     }
 }
 
-TEST_CASE_FIXTURE(FreshRegisters,
-                  "records of a dump; without a temporary file the INI file is left empty, as kept") {
+TEST_CASE_FIXTURE(FreshRegisters, "what is dumped loads again") {
     const TempFolder folder;
-    const std::string path = folder / "file.ini", in = "] Dump INI configurations in " + path;
-    const auto check_log = [&](const std::vector<std::string> &want) {
-        const std::vector<std::string> log = take_log();
-        REQUIRE(log.size() == want.size());
-        for (size_t i = 0; i < log.size(); ++i) {
-            CHECK(log[i].starts_with("DEBUG cmodel_top_reg:"));
-            CHECK(log[i].substr(log[i].find(": ") + 2) == want[i]);
-        }
-    };
-    take_log();
-    DUMP_CMODEL_TOP_INI(path.c_str());
-    check_log({"[DUMP] Dump cmodel_top INI configurations in " + path + "...",
-               "[DUMP_CMODEL_TOP_HW_INI" + in + "...", "[DUMP_CMODEL_TOP_HW_INI" + in + " done",
-               "[DUMP_CMODEL_TOP_SW_INI" + in + "...", "[DUMP_CMODEL_TOP_SW_INI" + in + " done",
-               "[DUMP] Dump cmodel_top INI Done...."});
-    std::filesystem::create_symlink("/no/such/folder/file", path + ".temp");
-    CHECK(DUMP_CMODEL_TOP_SW_INI(path.c_str()) == 0);
-    check_log({"[DUMP_CMODEL_TOP_SW_INI" + in + "...", "error: no temp.ini file!"});
-    CHECK(read_file(path) == "");
-}
-
-// A program that runs can be read, but not be opened for writing, not even by the superuser.
-TEST_CASE_FIXTURE(FreshRegisters, "a temporary file that can only be read is none: the INI file stays") {
-    const TempFolder folder;
-    const std::string path = folder / "file.ini";
-    write_file(path, "[other]\n");
-    std::filesystem::create_symlink("/proc/self/exe", path + ".temp");
-    take_log();
-    CHECK(DUMP_CMODEL_TOP_SW_INI(path.c_str()) == 0);
-    CHECK(take_log().back().ends_with(": error: no temp.ini file!"));
-    CHECK((read_file(path) == "[other]\n"));
+    for (const RegisterInfo &info : cfa_reg_hw_table().registers)
+        info.store(cfa_reg.hw, info.reset + 1);
+    CHECK(DUMP_CFA_INI((folder / "cfa.ini").c_str()) == 0);
+    CHECK(read_file(folder / "cfa.ini").ends_with("\n[cfa_sw]\n"));
+    reset();
+    LOAD_CFA_INI((folder / "cfa.ini").c_str());
+    for (const RegisterInfo &info : cfa_reg_hw_table().registers)
+        CHECK(info.read(cfa_reg.hw) == register_truncate(info.reset + 1, info.bits, info.is_signed));
 }

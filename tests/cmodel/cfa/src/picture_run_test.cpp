@@ -25,7 +25,7 @@ struct Bench : FreshRegisters, Job {
             const rlimit bound = {1 << 30, 1 << 30}; // gigabytes are refused
             if (!SANITIZED)
                 setrlimit(RLIMIT_AS, &bound);
-            watch_allocations();
+            watch();
             log_add_fp(std::fopen(args[LOG].c_str(), "a"), 0);
             way(args[RAW].c_str(), {args[RGB].c_str(), args[DC].c_str(), args[GAIN].c_str()},
                 [](const char *line) { std::fprintf(stderr, "%s\n", line); });
@@ -135,7 +135,7 @@ TEST_CASE_FIXTURE(
     for (const bool sharpens : {false, true}) {
         cfa_reg.hw.reg_cfa_shpn_enable = sharpens;
         CHECK(run_way(run_picture).status == 0);
-        CHECK(allocations->bytes < (sharpens ? 4 : 2) * pixels + lines);
+        CHECK(watched->bytes < (sharpens ? 4 : 2) * pixels + lines);
     }
     // Beyond 2^31 samples in one channel, and in three: whole frames say so, the first with its 4 bytes a
     // sample.
@@ -145,7 +145,7 @@ TEST_CASE_FIXTURE(
         write_file(args[RAW], std::string("P5\n") + size + "\n4095\n");
         const Outcome outcome = run_way(run_picture);
         check_error(outcome, "Unable to allocate memory");
-        CHECK(allocations->most >= most);
-        CHECK(allocations->most < most + lines);
+        CHECK(watched->most >= most);
+        CHECK(watched->most < most + lines);
     }
 }

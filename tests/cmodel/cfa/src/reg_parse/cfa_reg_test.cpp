@@ -49,7 +49,7 @@ TEST_CASE("tables: keys are unique, resets fit, slopes agree with their curves")
     }
 }
 
-TEST_CASE("reset: names, marks, values; the suffix is cut at 31 characters") {
+TEST_CASE("reset: names, marks, values, suffixes; what the loaders return; signs in formulas") {
     auto &reg = cfa_reg.hw.reg_cfa_gsig_tol;
     reg = 1;
     reg.is_set = reg.spare = 9;
@@ -65,6 +65,12 @@ TEST_CASE("reset: names, marks, values; the suffix is cut at 31 characters") {
     CHECK(names(cmodel_top_reg) == "cmodel_top_2 cmodel_top_sw_2");
     INIT_CMODEL_TOP_REG(nullptr);
     CHECK(names(cmodel_top_reg) == "cmodel_top cmodel_top_sw");
+    tok_idx = 5;
+    CHECK(cfa_reg_loader(&cfa_reg, "other", "reg_cfa_enable", "0") == 1);
+    CHECK(cmodel_top_reg_loader(&cmodel_top_reg, "cmodel_top", "reg_img_bayerid", "3") == 1);
+    CHECK(tok_idx == 0);
+    CHECK(LOAD_CMODEL_TOP_INI("/no/such/file") == 1);
+    CHECK(cmodel_top_reg.hw.reg_img_bayerid == 3);
     Register<12, unsigned> slope{};
     slope = 904;
     CHECK(((-64 * slope) >> 5) == -1808); // signed in formulas, whatever its own signedness
@@ -143,20 +149,4 @@ TEST_CASE("load: every register at both ends of its range; one beyond an end is 
             }
         }
     INIT_CFA_REG("NULL");
-}
-
-TEST_CASE("handlers return 1 for every line; a file that cannot be opened leaves the values") {
-    FreshRegisters::reset();
-    tok_idx = 5;
-    CHECK(cfa_reg_loader(&cfa_reg, "cfa", "reg_cfa_enable", "0") == 1);
-    CHECK(tok_idx == 0);
-    CHECK(cfa_reg_hw_load(&cfa_reg, "cfa", "unknown", "") == 1);
-    CHECK(cfa_reg_sw_load(&cfa_reg, "cfa_sw", "unknown", "") == 1);
-    CHECK(cmodel_top_reg_loader(&cmodel_top_reg, "cmodel_top", "reg_img_bayerid", "3") == 1);
-    take_log();
-    CHECK(LOAD_CMODEL_TOP_INI("/no/such/file") == 1);
-    CHECK(cmodel_top_reg.hw.reg_img_bayerid == 3);
-    const auto log = take_log();
-    CHECK(matches(log.back(), "DEBUG cmodel_top_reg:[0-9]+: Can't handle cmodel_top_reg\\."));
-    FreshRegisters::reset();
 }
