@@ -295,7 +295,7 @@ TEST_CASE("every allocation that fails is an error code") {
             for (const bool and_later : {false, true})
                 for (long failing = 1;; ++failing) {
                     Memory memory(raw, 0);
-                    watch_allocations(failing, and_later);
+                    watch(failing, and_later);
                     int code = CFA_ERROR_MEMORY;
                     if (cfa_block *const block = cfa_block_new()) {
                         code = cfa_block_keep_planes(block, planes);
@@ -305,8 +305,8 @@ TEST_CASE("every allocation that fails is an error code") {
                         code = code != 0 ? code : memory.run(block);
                         cfa_block_delete(block);
                     }
-                    const bool failed = allocations->calls >= failing;
-                    watch_allocations();
+                    const bool failed = watched->allocations >= failing;
+                    watch();
                     if (code != CFA_ERROR_MEMORY &&
                         (code != CFA_OK || memory.rgb != undisturbed.rgb)) // a stream can do without a buffer
                         std::printf("allocation %ld: code %d\n", failing, code);
