@@ -53,7 +53,7 @@ TEST_CASE("rows of words: split, joined, interleaved, their union") {
 
 TEST_CASE("a word keeps the low bits of the sample") {
     const Sample sample = 0x123;
-    uint8_t byte = 0;
-    join_words(SplitRow{{&sample, &sample}}, 1, &byte);
-    CHECK(byte == 0x23);
+    uint8_t bytes[3] = {};
+    join_words(SplitRow{{&sample, &sample}}, 2, bytes);
+    CHECK(std::vector<int>(bytes, bytes + 3) == std::vector<int>{0x23, 0x23, 0});
 }
