@@ -1,5 +1,17 @@
 # What `cmake --install` adds to the programs: library, headers, pkg-config file, man pages, completion, data.
-install(TARGETS cfa_common cfa_model ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+# Components: tools, library (the shared one), development, python.
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME development)
+install(TARGETS cfa_block cfa_model cfa_common cfa_flags EXPORT cfa_cmodel
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT library NAMELINK_COMPONENT development)
+install(FILES block/cfa_block.h DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+
+# find_package(cfa_cmodel) gives the targets cfa_cmodel::cfa_block (C) and cfa_cmodel::cfa_model (the C++ functions).
+include(CMakePackageConfigHelpers)
+set(cmake_folder "${CMAKE_INSTALL_LIBDIR}/cmake/cfa_cmodel")
+install(EXPORT cfa_cmodel NAMESPACE cfa_cmodel:: DESTINATION "${cmake_folder}" FILE cfa_cmodelConfig.cmake)
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/cfa_cmodelConfigVersion.cmake" COMPATIBILITY SameMajorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/cfa_cmodelConfigVersion.cmake" DESTINATION "${cmake_folder}")
 
 # Installed headers lie side by side and find each other by their names: #include "cfa_hw.h".
 foreach(header
@@ -32,16 +44,22 @@ foreach(kind LIBDIR INCLUDEDIR)
     set(${variable} "\${prefix}/${CMAKE_INSTALL_${kind}}")
   endif()
 endforeach()
-configure_file("${PROJECT_SOURCE_DIR}/cmake/cfa_cmodel.pc.in" "${PROJECT_BINARY_DIR}/cfa_cmodel.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/cfa_cmodel.pc" DESTINATION "${pc_folder}")
+foreach(name cfa_block cfa_cmodel)
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${name}.pc" DESTINATION "${pc_folder}")
+endforeach()
 
-install(FILES docs/man/cfa_cmodel.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
-install(FILES samples/cfa.ini samples/cmodel_top.ini DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel/samples")
+install(FILES docs/man/cfa_cmodel.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
+install(FILES samples/cfa.ini samples/cmodel_top.ini DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel/samples" COMPONENT tools)
 install(FILES examples/testbench.cpp DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel/examples")
-install(FILES docs/registers.md DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES docs/registers.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT tools)
 if(CFA_BUILD_TOOLS)
-  install(FILES docs/man/cfatool.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
+  install(FILES docs/man/cfatool.1 DESTINATION "${CMAKE_INSTALL_MANDIR}/man1" COMPONENT tools)
   install(FILES tools/cfatool/cfatool.bash RENAME cfatool
-    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions")
-  install(FILES tests/data/conformance.sha256 DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel" OPTIONAL)
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/bash-completion/completions" COMPONENT tools)
+  install(FILES tests/data/conformance.sha256 DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel" COMPONENT tools)
 endif()
+
+# The Python package is the same for every Python 3; it finds the library by its SONAME.
+install(DIRECTORY bindings/python/cfa_cmodel DESTINATION lib/python3/dist-packages COMPONENT python
+  FILES_MATCHING PATTERN "*.py" PATTERN "py.typed")
