@@ -1,7 +1,7 @@
 # cpack -G DEB: one Debian package for each component.
 set(CPACK_PACKAGE_NAME cfa-cmodel)
 set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
-set(CPACK_PACKAGE_CONTACT "cfa_cmodel maintainers <maintainers@localhost.localdomain>")
+set(CPACK_PACKAGE_CONTACT "cfa_cmodel maintainers <maintainers@cfa-cmodel.invalid>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "bit-exact model of a colour-filter-array block")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_GENERATOR DEB)
@@ -43,4 +43,11 @@ cfa_package(python python3-cfa-cmodel python "python3 (>= 3.10), python3-numpy, 
   "The block on numpy arrays, with its registers and the planes between its
  stages.")
 set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+
+file(WRITE "${PROJECT_BINARY_DIR}/packages/triggers" "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_CONTROL_EXTRA "${PROJECT_BINARY_DIR}/packages/triggers")
+# Programs of the C++ functions must wrap as the library does.
+file(WRITE "${PROJECT_BINARY_DIR}/packages/overrides" "libcfa-block-dev: pkg-config-bad-directive\n")
+install(FILES "${PROJECT_BINARY_DIR}/packages/overrides" RENAME libcfa-block-dev DESTINATION share/lintian/overrides
+  COMPONENT development EXCLUDE_FROM_ALL)
 include(CPack)

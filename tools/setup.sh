@@ -54,16 +54,24 @@ install_missing() {
     [ -z "$missing" ] || { echo "Still missing after the installation:$missing" >&2; exit 2; }
 }
 
-# Configures a preset and builds the given targets (none: all), quietly; what was printed is shown when it fails.
+# Configures a preset and builds the given targets (none: all); what was printed is shown when it fails. A terminal sees
+# how far it is.
 build_preset() {
     preset=$1
     shift
     echo "Building preset $preset ..."
     mkdir -p "build/$preset"
     log="build/$preset/build.log"
-    if ! { cmake --preset "$preset" && cmake --build --preset "$preset" ${1:+--target "$@"}; } >"$log" 2>&1 </dev/null; then
+    (cmake --preset "$preset" && cmake --build --preset "$preset" ${1:+--target "$@"}) >"$log" 2>&1 </dev/null &
+    build=$!
+    while [ -t 1 ] && kill -0 "$build" 2>/dev/null; do
+        printf '\r%s ' "$(grep -oE '^\[ *[0-9]+%\]' "$log" | tail -n 1)"
+        sleep 1
+    done
+    wait "$build" || {
         cat "$log" >&2
         echo "The build of preset $preset failed." >&2
         exit 2
-    fi
+    }
+    [ ! -t 1 ] || printf '\r'
 }
