@@ -140,6 +140,10 @@ std::string Process::said() const {
     return read_stream(out_);
 }
 
+std::ostream &operator<<(std::ostream &out, const Outcome &outcome) {
+    return out << "status " << outcome.status << ", out '" << outcome.out << "', err '" << outcome.err << "'";
+}
+
 Outcome run_child(const std::function<void()> &function, int timeout_ms) {
     return Process(function).wait(timeout_ms);
 }

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,15 @@ struct Outcome {
     int status; // exit status; 128 + n after signal n; 124 when the time was over
     std::string out;
     std::string err;
+    bool operator==(const Outcome &) const = default;
 };
+std::ostream &operator<<(std::ostream &out, const Outcome &outcome);
+
+/// A run without a word, and one that an error ended.
+inline const Outcome SILENT = {0, "", ""};
+inline Outcome error_line(const std::string &line) {
+    return {1, "", line + "\n"};
+}
 
 /// A function at work in a child process, which then ends with status 0. Standard input is empty.
 class Process {

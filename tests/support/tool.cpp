@@ -48,18 +48,10 @@ std::string mosaic(int width, int height, uint32_t seed, int32_t max_value, int3
     return bytes;
 }
 
-Job::Job(const std::string &raw, const std::string &cfa_ini, const std::string &top_ini)
-    : args{tool_path(),
-           folder / "cfa.ini",
-           folder / "log",
-           "0",
-           "0",
-           folder / "dbg",
-           folder / "top.ini",
-           folder / "raw",
-           folder / "rgb",
-           folder / "dc",
-           folder / "gain"} {
+Job::Job(const std::string &raw, const std::string &cfa_ini, const std::string &top_ini) {
+    args = {tool_path(), "cfa.ini", "log", "0", "0", "dbg", "top.ini", "raw", "rgb", "dc", "gain"};
+    for (const Argument file : {INI, LOG, DEBUG_FOLDER, TOP_INI, RAW, RGB, DC, GAIN})
+        args[file] = folder / args[file];
     write_file(args[RAW], raw);
     write_file(args[INI], cfa_ini);
     write_file(args[TOP_INI], top_ini);
@@ -77,7 +69,7 @@ void Job::become_tool(const std::function<void()> &prepare) const {
 }
 
 Pictures Job::expected() const {
-    check_silent(run());
+    CHECK(run() == SILENT);
     const Pictures pictures = outputs();
     CHECK(pictures.rgb.starts_with("P6\n"));
     CHECK(pictures.dc.starts_with("P5\n"));
@@ -102,22 +94,9 @@ void Job::clear() const {
     fs::remove(args[LOG]);
 }
 
-void check_silent(const Outcome &outcome) {
-    CHECK(outcome.status == 0);
-    CHECK(outcome.err == "");
-    CHECK(outcome.out == "");
-}
-
-void check_error(const Outcome &outcome, const std::string &line) {
-    CHECK(outcome.status == 1);
-    CHECK(outcome.err == line + "\n");
-    CHECK(outcome.out == "");
-}
-
 void check_waits(const Job &job, const std::string &path, const std::function<void()> &prepare) {
     Process process([&] { job.become_tool(prepare); });
     CHECK(process.said() == "wait pre frame ready " + path + "\n");
-    const Outcome outcome = process.wait(25); // longer than the pause between two tries
-    CHECK(outcome.status == 124);
-    CHECK(outcome.out + outcome.err == "wait pre frame ready " + path + "\n");
+    CHECK(process.wait(25) ==
+          Outcome{124, "wait pre frame ready " + path + "\n", ""}); // longer than the pause between two tries
 }

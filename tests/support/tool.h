@@ -76,8 +76,5 @@ class Job {
 /// Registers that put every stage to work.
 extern const char *const ALL_STAGES;
 
-/// Fails the test unless the run ended like this: with status 0 and without a word; with status 1 and one
-/// line on standard error; by waiting for this path, whose line is there at once.
-void check_silent(const Outcome &outcome);
-void check_error(const Outcome &outcome, const std::string &line);
+/// Fails the test unless the tool waits for this path: its line is there at once, and no end.
 void check_waits(const Job &job, const std::string &path, const std::function<void()> &prepare = {});

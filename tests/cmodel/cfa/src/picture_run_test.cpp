@@ -45,9 +45,7 @@ struct Bench : FreshRegisters, Job {
             found[rows] = pictures();
             logs[rows] = log();
         }
-        CHECK(outcomes[1].status == outcomes[0].status);
-        CHECK(outcomes[1].out == outcomes[0].out);
-        CHECK(outcomes[1].err == outcomes[0].err);
+        CHECK(outcomes[1] == outcomes[0]);
         CHECK(logs[1] == logs[0]);
         CHECK((found[1] == found[0])); // no thousands of bytes in a message
         return outcomes[1];
@@ -144,7 +142,7 @@ TEST_CASE_FIXTURE(
         INFO(size);
         write_file(args[RAW], std::string("P5\n") + size + "\n4095\n");
         const Outcome outcome = run_way(run_picture);
-        check_error(outcome, "Unable to allocate memory");
+        CHECK(outcome == error_line("Unable to allocate memory"));
         CHECK(watched->most >= most);
         CHECK(watched->most < most + lines);
     }
