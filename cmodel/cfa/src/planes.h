@@ -21,6 +21,8 @@ struct DebugImage {
     Shown shown = Shown::nothing;
     int channel = 0;        // 0 to 2, or 3 for all three
     uint32_t bit_depth = 0; // of the image
+    const char *note = "";  // what else an onlooker must know
+    const char *stage = ""; // that writes it, where that is another than the plane's
 };
 
 struct PlaneInfo {

@@ -33,7 +33,7 @@ TEST_CASE_FIXTURE(Room, "a run folder: known images in order, others behind them
     check({{"probe . 1,0", 0,
             "pixel 1,0 of ., R site of pattern 2\n"
             "raw.ppm                      5/5/5           the mosaic as read\n"
-            "dbg_img_GH.ppm               2               green of the candidate that interpolates along the row\n"
+            "dbg_img_GH.ppm               2               candidate picture that interpolates green along the row; shown: green\n"
             "out.ppm                      2               RGB output: demosaiced, moire removed, detail added\n"
             "a.ppm                        2               \nzz.ppm                       2               \n"},
            {"probe . 0,1", 0, ", B site of pattern 2\n"}, {"probe . 3,0 --window 1", 0, "row\n     3 [4]\n     7  8 \n"},

@@ -17,10 +17,10 @@ namespace cfatool {
 
 /// What is known about one image.
 struct RunImage {
-    const char *file;
-    const char *stage; // the function that computes it
-    const char *shows; // one line
-    const char *range; // of its samples at regular input
+    std::string file;
+    std::string stage; // the function that computes it
+    std::string shows; // one line
+    std::string range; // of its samples at regular input
 };
 
 /// Input, debug images and outputs, each behind everything that it is computed from.
