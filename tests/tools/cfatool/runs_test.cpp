@@ -36,8 +36,8 @@ TEST_CASE_FIXTURE(Room, "a run folder: known images in order, others behind them
             "dbg_img_GH.ppm               2               candidate picture that interpolates green along the row; shown: green\n"
             "out.ppm                      2               RGB output: demosaiced, moire removed, detail added\n"
             "a.ppm                        2               \nzz.ppm                       2               \n"},
-           {"probe . 0,1", 0, ", B site of pattern 2\n"}, {"probe . 3,0 --window 1", 0, "row\n     3 [4]\n     7  8 \n"},
-           {"probe . 1,1 --window 1", 0, "row\n      1   2   3 \n      5  [6]  7 \n      9  10  11 \n"},
+           {"probe . 0,1", 0, ", B site of pattern 2\n"}, {"probe . 3,0 --window 1", 0, "green\n     3 [4]\n     7  8 \n"},
+           {"probe . 1,1 --window 1", 0, "green\n      1   2   3 \n      5  [6]  7 \n      9  10  11 \n"},
            {"probe . 3,2 --window 1 --json", 0, R"("left":2,"top":1,"channels":1,"rows":[[7,8],[11,12]]})"},
            {"probe . 4,1", 2, "./raw.ppm: has no pixel 4,1: it is 4x3"}, {"probe . 1,3", 2, "has no pixel 1,3"},
            {"probe . 1", 2, "cfatool probe: X,Y: '1' holds 1 numbers, not 2 (see"}});
