@@ -4,9 +4,8 @@ Every fault has a number. The copy asks switches.h at each place which fault is 
 """
 
 import re
-from collections import Counter
+from collections import Counter, namedtuple
 from pathlib import Path
-from typing import NamedTuple
 
 MODEL = ["cmodel/cfa/src/stages/*", "cmodel/cfa/src/kit/*", "cmodel/common/curve.cpp"]
 ENGINE = ["cmodel/cfa/src/lines/**/*"]
@@ -36,13 +35,8 @@ REGISTERS = re.findall(r"^(?:CURVE_)?REG\((\w+), \d+, \w+, (-?\d+)", (Path(__fil
 KEYS = [key for key, _ in REGISTERS]
 
 
-class Place(NamedTuple):
-    """Characters of a file, what stands there instead (# is the number of the first fault), and its faults."""
-    start: int
-    end: int
-    code: str
-    kind: str
-    faults: list
+# Characters of a file, what stands there instead (# is the number of the first fault), kind and names of its faults.
+Place = namedtuple("Place", "start end code kind faults")
 
 
 def blanked(match):
@@ -71,7 +65,7 @@ def arithmetic_of(text):
     while match := NO_ARITHMETIC.search(text, at):
         at = closing(text, match.end() - 1) + 1
         text = text[:match.start()] + re.sub(r"[^\n]", " ", text[match.start():at]) + text[at:]
-    return re.sub(r"(\w)(<[\w, ]*>)", lambda match: match[1] + " " * len(match[2]), text)
+    return re.sub(r"(\w)(<[\w, ]*( - 1)?>)", lambda match: match[1] + " " * len(match[2]), text)
 
 
 def neighbours(code):
@@ -103,6 +97,8 @@ def constants(code):
 def operators(code, products):
     for match in re.finditer(rf"(?<=\s)({'|'.join(map(re.escape, OPERATORS))})(?=\s+[^\s,])", code):
         kind, bad, instead = OPERATORS[match[0]]
+        if ARRAY_SIZE.search(code[code.rfind("\n", 0, match.start()) + 1:match.start()]):
+            continue
         # 64 bits hold every product; the engine's stay within their range.
         if kind != "wrap" or products and not re.search(r"\bint64_t\b|std::fill_n", line_at(code, match.start())):
             yield Place(*match.span(), instead, kind, [f"{match[0]} -> {bad}"])
@@ -135,12 +131,11 @@ def borders(code, text):
     for match in re.finditer(r"\b(?:Window|Raw) +(\w+\([^;]*);", code):
         radii = re.match(r"Window<(\d)(?:, (\d))?>", text[match.start():]) or ["", "1", "1"]
         rows, columns = radii[1] != "0", radii[2] != "0"
-        for name in re.finditer(r"\w+\(([^,()]*(?:\(\))?)", code[match.start(1):match.end()]):
-            first, end = (match.start(1) + place for place in name.span(1))
-            faults = ["rows " + f for f in BORDER] * rows + ["columns " + f for f in BORDER] * columns
-            if re.fullmatch(r"[ ,]*", code[match.start(1):first - len(name[0].split("(")[0]) - 1].split(")")[-1]):
-                yield Place(first, first, f"fault::window_on(#{'' if rows else ' - 6'}, ", "border", faults)
-                yield Place(end, end, ")", "border", [])
+        faults = ["rows " + f for f in BORDER] * rows + ["columns " + f for f in BORDER] * columns
+        for plane in re.finditer(r"(?:^|\), )\w+\(([^,()]*(?:\(\))?)", match[1]):
+            first, end = (match.start(1) + place for place in plane.span(1))
+            yield Place(first, first, f"fault::window_on(#{'' if rows else ' - 6'}, ", "border", faults)
+            yield Place(end, end, ")", "border", [])
 
 
 def codes(code):
