@@ -62,8 +62,9 @@ void Job::become_tool(const std::function<void()> &prepare) const {
     std::vector<char *> argv = argv_of(args);
     if (prepare)
         prepare();
+    const auto main = [&]() noexcept { return cfa_cmodel_main(static_cast<int>(args.size()), argv.data()); };
     if (!built)
-        std::exit(cfa_cmodel_main(static_cast<int>(args.size()), argv.data()));
+        std::exit(main()); // what main lets through ends the process, as in the built program
     execv(argv[0], argv.data());
     _exit(127);
 }

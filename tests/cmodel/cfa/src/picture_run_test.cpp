@@ -139,7 +139,6 @@ TEST_CASE_FIXTURE(
     // sample.
     for (const auto &[size, most] :
          {std::pair{"46341 46341", size_t{0}}, {"26755 26755", size_t{26755} * 26755 * 4}}) {
-        INFO(size);
         write_file(args[RAW], std::string("P5\n") + size + "\n4095\n");
         const Outcome outcome = run_way(run_picture);
         CHECK(outcome == error_line("Unable to allocate memory"));
