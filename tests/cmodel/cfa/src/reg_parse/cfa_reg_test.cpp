@@ -2,6 +2,7 @@
 
 #include <map>
 #include <set>
+#include <utility>
 
 #include "tests/support/registers.h"
 #include "tests/support/support.h"
@@ -71,6 +72,7 @@ TEST_CASE("reset: names, marks, values, suffixes; what the loaders return; signs
     CHECK(names(cmodel_top_reg) == "cmodel_top cmodel_top_sw");
     tok_idx = 5;
     CHECK(cfa_reg_loader(&cfa_reg, "other", "reg_cfa_enable", "0") == 1);
+    CHECK(std::exchange(tok_idx, 5) == 0);
     CHECK(cmodel_top_reg_loader(&cmodel_top_reg, "cmodel_top", "reg_img_bayerid", "3") == 1);
     CHECK(tok_idx == 0);
     CHECK(LOAD_CMODEL_TOP_INI("/no/such/file") == 1);
