@@ -88,7 +88,6 @@ void LineEngine::weigh_color_moire(int y) {
         edge_spread_weight(spread_.half(0, parity), green, settings_.edge, edge_.write(y, parity), n_);
     }
     color_distance_.mirror(y);
-    edge_.mirror(y);
 }
 
 void LineEngine::remove_color(int y) {
