@@ -68,3 +68,7 @@ endif()
 # The Python package is the same for every Python 3; it finds the library by its SONAME.
 install(DIRECTORY bindings/python/cfa_cmodel DESTINATION lib/python3/dist-packages COMPONENT python
   FILES_MATCHING PATTERN "*.py" PATTERN "py.typed")
+
+# The SystemVerilog package and its testbench.
+install(DIRECTORY bindings/systemverilog DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel" USE_SOURCE_PERMISSIONS)
+install(DIRECTORY examples/verilator DESTINATION "${CMAKE_INSTALL_DATADIR}/cfa_cmodel/examples" USE_SOURCE_PERMISSIONS)
