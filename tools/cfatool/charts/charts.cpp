@@ -152,7 +152,7 @@ Rgb colour_of_hue(int64_t hue, int64_t saturation, int64_t value) {
 
 const std::vector<Chart> &charts() {
     // clang-format off
-    static const std::vector<Chart> list = {
+    static const std::vector<Chart> LIST = {
         // name, description, painter, in samples, period, angle, noise
         {"scene", "test card that provokes moire: rings, cloth, roof, edges, patches, skin, text, a little noise", paint_scene, false, 0, -1, 4000},
         {"zone-plate", "grey rings up to half a cycle a pixel at the nearer border", zone_plate, false, 0, -1, 0},
@@ -167,7 +167,7 @@ const std::vector<Chart> &charts() {
         {"noise", "every sample random over the whole range, by --seed", noise, true, 0, -1, 0},
     };
     // clang-format on
-    return list;
+    return LIST;
 }
 
 } // namespace cfatool

@@ -27,7 +27,7 @@ const std::string STEEP_PHASE = "cmoire_enable=1 cmoire_pd_y0=4095 cmoire_pd_y1=
 const std::vector<ConformanceCase> &conformance_cases() {
     using enum RegisterSet;
     // clang-format off
-    static const std::vector<ConformanceCase> cases = {
+    static const std::vector<ConformanceCase> CASES = {
         // name, what it adds; chart, width, height, pattern id, bits, registers, seed, settings
         {"all_on", "the bulk: neighbours, signs, shifts, roundings, limits and site colours of every stage",
          "patchwork", 44, 36, 2, 12, everything, 35, ALL_ON + " shpn_gain_value=37 ymoire_ref_maxg_only=0 cmoire_protclr3_enable=1 vw_thd=300 shpn_core_value=9 shpn_min_gain=600 shpn_max_gain=1900 cmoire_strth=201"},
@@ -95,7 +95,7 @@ const std::vector<ConformanceCase> &conformance_cases() {
          "patchwork", 37, 29, 2, 20, some, 6, "ymoire_enable=1 cmoire_enable=1 shpn_enable=1 shpn_gain_value=40"},
     };
     // clang-format on
-    return cases;
+    return CASES;
 }
 
 } // namespace cfatool

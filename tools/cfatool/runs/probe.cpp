@@ -91,7 +91,7 @@ Json image_json(const FoundImage &image, const Window &window) {
 
 /// "pixel 5,7, a Gr site of pattern 2" where the run has its top-level registers.
 std::string heading(const ProbeOptions &options, int x, int y) {
-    const std::string text = fmt::format("pixel {},{} of {}", x, y, options.folder);
+    std::string text = fmt::format("pixel {},{} of {}", x, y, options.folder);
     const std::string ini = options.folder + "/cmodel_top.ini";
     if (!readable(ini))
         return text;

@@ -64,7 +64,7 @@ std::span<const RunImage> run_images() {
 
 std::vector<FoundImage> find_images(const std::string &folder) {
     std::error_code error;
-    fs::directory_iterator(folder, error);
+    const fs::directory_iterator opened(folder, error);
     if (error)
         throw file_trouble(folder, error.message());
     std::set<std::string> names = picture_names(folder);
