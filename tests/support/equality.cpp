@@ -227,3 +227,62 @@ Equality compare_engine_with_model(uint32_t seed, PictureSize size) {
                             std::to_string(size.height) + ", " + fill + "\n" + result.difference;
     return result;
 }
+
+namespace {
+
+void set(const std::string &key, int32_t v) {
+    cfa_reg_hw_table().find(("reg_cfa_" + key).c_str())->store(cfa_reg.hw, v);
+}
+
+struct Contrast {
+    int32_t largest = 4095;  // of the samples
+    bool two_valued = false; // 0 or the largest, nothing between
+};
+
+Contrast draw_limits(Noise &noise, uint32_t kind) {
+    switch (kind) {
+    case 0: // the phase difference limited to 12 bits, before a curve whose knee lies there
+        set("cmoire_sat_y1", 4095), set("cmoire_sat_slp0", 0);
+        set("cmoire_ptclr_y0", 4095), set("cmoire_ptclr_slp0", 0);
+        set("cmoire_pd_x0", noise.in(3900, 4095)), set("cmoire_pd_slp0", 1024 * noise.in(1, 40));
+        set("cmoire_edge_x0", noise.in(0, 2000));
+        return {};
+    case 1: // the sharpening detail limited to 12 bits
+        set("shpn_enable", 1), set("shpn_gain_value", noise.in(1, 30));
+        set("shpn_hf_blend_wgt", 255), set("shpn_mf_blend_wgt", 255), set("shpn_core_value", 0);
+        set("cmoire_enable", 0);
+        return {};
+    case 2: // luma-moire curves: a knee one step below the largest detail, or no detail curve and an odd
+            // slope
+        set("ymoire_enable", 1), set("ymoire_lpf_w", noise.in(0, 255)), set("ymoire_dc_w", noise.in(0, 255));
+        set("ymoire_lut_high", 511), set("ymoire_lut_slope", 2 * noise.in(16, 64) + 1);
+        set("ymoire_edge_th", 0), set("ymoire_edge_slope", 64 * noise.in(1, 4));
+        if (noise.in(0, 1) != 0)
+            set("ymoire_detail_th", 254), set("ymoire_detail_slope", 16383);
+        else
+            set("ymoire_detail_low", 256), set("ymoire_detail_slope", 0);
+        return {4095, noise.in(0, 1) == 0};
+    default: // blends of variances about 16384
+        set("force_dir_enable", 1), set("cmoire_enable", 0);
+        return {noise.in(500, 1600), false};
+    }
+}
+
+} // namespace
+
+Equality compare_at_limits(uint32_t seed) {
+    Noise noise = noise_of(seed, 4);
+    INIT_CFA_REG("NULL");
+    INIT_CMODEL_TOP_REG("NULL");
+    const Contrast contrast = draw_limits(noise, seed % 4);
+    Plane raw(noise.in(20, 40), noise.in(12, 24));
+    for (int y = 0; y < raw.height(); ++y)
+        for (int x = 0; x < raw.width(); ++x) {
+            const bool extreme = contrast.two_valued || noise.in(0, 3) == 0;
+            raw.set(y, x, 0, extreme ? noise.in(0, 1) * contrast.largest : noise.in(0, contrast.largest));
+        }
+    Equality result = compare_engine_with_model(raw);
+    if (!result.difference.empty())
+        result.difference = "limits, seed " + std::to_string(seed) + "\n" + result.difference;
+    return result;
+}

@@ -31,5 +31,9 @@ struct Equality {
 /// Runs cfa_lines and cfa_model on what the seed gives. An engine that refuses must leave the outputs alone.
 Equality compare_engine_with_model(uint32_t seed, PictureSize size);
 
+/// The same at limits that random registers seldom meet: weights and details one step from their largest, odd
+/// slopes, variances at the change of their unit. Small pictures of strong contrasts.
+Equality compare_at_limits(uint32_t seed);
+
 /// The same on this mosaic with the registers as they stand.
 Equality compare_engine_with_model(const Plane &raw);

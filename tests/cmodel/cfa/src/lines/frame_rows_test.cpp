@@ -50,6 +50,14 @@ TEST_CASE_FIXTURE(FreshBlocks, "engine and model: random pictures and registers,
     CHECK(served > 2900);
 }
 
+TEST_CASE_FIXTURE(FreshBlocks, "engine and model: at limits that random registers seldom meet") {
+    for (uint32_t seed = 0; seed < 400; ++seed) {
+        const Equality result = compare_at_limits(seed);
+        REQUIRE(result.served);
+        REQUIRE_MESSAGE(result.difference.empty(), result.difference);
+    }
+}
+
 TEST_CASE_FIXTURE(FreshBlocks, "the engine takes samples of 0..4095 alone, wherever they stand") {
     for (const PictureSize size : {PictureSize{37, 9}, {601, 500}}) {
         const int last = size.width * size.height - 1;
