@@ -29,6 +29,8 @@ template <class T, class U> auto limited_product(T a, U b) {
         std::clamp<int64_t>(int64_t{a} * int64_t{b}, Limits::min(), Limits::max()));
 }
 
+template <class T> struct Held;
+
 /// + for - and the reverse, a limit for a wrapping product, < or <= (other: > or >=), == for != (other).
 struct Op {
     int id;
@@ -36,6 +38,12 @@ struct Op {
     bool on() const { return active == id; }
     /// Behind += and -=: a summand with the other sign.
     template <class T> T operator%=(T summand) const { return on() ? -summand : summand; }
+
+    template <class T> friend Held<T> operator+(T left, Op op) { return {left, op}; }
+    template <class T> friend Held<T> operator-(T left, Op op) { return {left, op}; }
+    template <class T> friend Held<T> operator*(T left, Op op) { return {left, op}; }
+    template <class T> friend Held<T> operator<(T left, Op op) { return {left, op}; }
+    template <class T> friend Held<T> operator==(T left, Op op) { return {left, op}; }
 };
 template <class T> struct Held {
     T left;
@@ -49,17 +57,9 @@ template <class T> struct Held {
         return (left == b && or_equal) || (op.other ? left > b : left < b);
     }
 };
-#define HOLD(sign)                                                                                           \
-    template <class T> Held<T> operator sign(T left, Op op) {                                                \
-        return {left, op};                                                                                   \
-    }
-HOLD(+)
-HOLD(-) HOLD(*) HOLD(<) HOLD(==)
-#undef HOLD
 
-    /// The smaller (larger) of two or several: the other one; where one is a limit of all ones, a wrap.
-    template <class T>
-    T least(int id, T a, T b) {
+/// The smaller (larger) of two or several: the other one; where one is a limit of all ones, a wrap.
+template <class T> T least(int id, T a, T b) {
     if constexpr (std::numeric_limits<T>::is_integer)
         if (active == id + 1)
             return static_cast<T>(a & b);
