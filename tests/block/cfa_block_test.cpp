@@ -47,15 +47,19 @@ struct Memory {
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
                 raw[static_cast<size_t>(y * (w + gap) + x)] = static_cast<uint16_t>(mosaic(y, x));
-        const bool planar = form % 2 != 0, bottom_up = form % 5 == 1, spread = form % 7 == 2;
+        const bool planar = form % 2 != 0, bottom_up = form % 5 == 1, spread = form % 7 == 2,
+                   bgr = form % 4 == 2;
         const ptrdiff_t pixel = planar   ? 1
                                 : spread ? 5
                                          : 3,
-                        row = w * pixel + gap, plane = planar ? row * h : 1;
+                        row = w * pixel + gap,
+                        plane = planar ? row * h
+                                : bgr  ? -1
+                                       : 1;
         rgb.assign(static_cast<size_t>(planar ? 3 * plane : row * h), UNTOUCHED);
         dc.assign(static_cast<size_t>(2 * w * h), UNTOUCHED), gain = dc;
-        images[0] = {rgb.data() + (bottom_up ? row * (h - 1) : 0), 2 * (bottom_up ? -row : row), 2 * pixel,
-                     2 * plane};
+        images[0] = {rgb.data() + (bottom_up ? row * (h - 1) : 0) + (bgr ? 2 : 0),
+                     2 * (bottom_up ? -row : row), 2 * pixel, 2 * plane};
         images[1] = {dc.data(), 0, 0, 0};
         images[2] = {gain.data(), 4 * w, 4, 0};
     }
@@ -87,8 +91,11 @@ struct Memory {
 
 Plane deep_mosaic(uint32_t seed, PictureSize size) {
     const char *fill;
-    return seed % 6 == 0 ? Noise(seed).plane(size.width, size.height, 1, 0, 65535)
-                         : draw_mosaic(seed, size, fill);
+    Plane raw = seed % 6 == 0 ? Noise(seed).plane(size.width, size.height, 1, 0, 65535)
+                              : draw_mosaic(seed, size, fill);
+    if (seed % 6 == 1) // the last sample alone
+        raw.set(size.height - 1, size.width - 1, 0, 5000);
+    return raw;
 }
 
 void compare_with_hw(uint32_t seed) {
@@ -155,7 +162,7 @@ TEST_CASE_FIXTURE(FreshRegisters, "planes are the stages' own, signed, unlimited
     const auto expect = [&](const char *name, const Plane &want, int channels) {
         const cfa_plane *const plane = cfa_block_plane(block, name);
         REQUIRE(plane != nullptr);
-        CHECK(plane->info->channels == channels);
+        CHECK((plane->info->channels == channels && plane->width == 19 && plane->height == 12));
         expect_plane(name, want,
                      [&](int y, int x, int c) { return plane->data[(y * 19 + x) * channels + c]; });
     };
@@ -176,6 +183,10 @@ TEST_CASE_FIXTURE(FreshRegisters, "planes are the stages' own, signed, unlimited
     for (size_t i = 0; cfa_plane_info_at(i) != nullptr; ++i)
         CHECK_MESSAGE(cfa_block_plane(block, cfa_plane_info_at(i)->name) != nullptr,
                       cfa_plane_info_at(i)->name);
+    std::fill(memory.raw.begin(), memory.raw.end(),
+              uint16_t{0}); // black everywhere: nothing of the last run stays
+    REQUIRE(memory.run(block) == CFA_OK);
+    expect("GH", Plane(raw, 3), 3);
 }
 
 TEST_CASE("wrong calls are errors with one line") {
@@ -212,7 +223,10 @@ TEST_CASE("wrong calls are errors with one line") {
            "Picture of 3 x 40 is too small: the enabled block takes 4 x 3 and larger");
     expect(run(40, 0, p, 0, packed(out)), CFA_ERROR_SIZE,
            "Picture of 40 x 0 is too small: the enabled block takes 4 x 3 and larger");
-    expect(run(65536, 65536, p, 0, packed(out)), CFA_ERROR_SIZE, "the picture is too large");
+    expect(run(40, 40, p, 0, {out, 320, 8, 0}, {out + 3, 324, 8, 0}), A, "two outputs share memory");
+    const cfa_image one = packed(out);
+    expect(cfa_block_run(block, 40, 40, p, 0, nullptr, &one, &one), A, "two outputs share memory");
+    expect(run(26755, 26755, nullptr, 0, packed(out)), CFA_ERROR_SIZE, "the picture is too large");
     expect(cfa_block_set(block, "reg_cfa_edge_tol", 4096), CFA_ERROR_RANGE,
            "reg_cfa_edge_tol: 4096 is not 0 to 4095");
     expect(cfa_block_set(block, "reg_cfa_edge_tol", -1), CFA_ERROR_RANGE,
@@ -224,8 +238,9 @@ TEST_CASE("wrong calls are errors with one line") {
     expect(cfa_block_load_ini(block, "/", 0), CFA_ERROR_FILE, "/: cannot be read");
     expect(cfa_block_load_ini_text(block, "", 0, 2), A, "unknown flag");
     const std::string edge = "[cfa]\nreg_cfa_edge_tol = 7\n";
-    expect(load((edge + "nonsense\n").c_str()), CFA_ERROR_INI, "text:3: neither a section nor a setting");
-    expect(load((edge + "reg_cfa_edge_to = 1").c_str()), CFA_ERROR_INI,
+    expect(load((edge + "nonsense\nreg_cfa_edge_to = 1").c_str()), CFA_ERROR_INI,
+           "text:3: neither a section nor a setting");
+    expect(load((edge + "reg_cfa_edge_to = 1\nnonsense").c_str()), CFA_ERROR_INI,
            "text:3: no register 'reg_cfa_edge_to' in [cfa]");
     expect(load((edge + "reg_cfa_vw_thd = 0x10").c_str()), CFA_ERROR_INI,
            "text:3: reg_cfa_vw_thd: '0x10' is not a decimal number");
@@ -241,6 +256,7 @@ TEST_CASE("wrong calls are errors with one line") {
     CHECK((cfa_block_get(block, "reg_cfa_edge_tol", &got) == CFA_OK && got == 904));
     std::vector<char> text(cfa_block_ini_text(block, nullptr, 0) + 1);
     CHECK(cfa_block_ini_text(block, text.data(), text.size()) == text.size() - 1);
+    CHECK(std::strlen(text.data()) == text.size() - 1);
     Block copy;
     CHECK(cfa_block_load_ini_text(copy, text.data(), text.size() - 1, CFA_INI_STRICT) == CFA_OK);
     CHECK((cfa_block_get(copy, "reg_cfa_edge_tol", &got) == CFA_OK && got == 904));
