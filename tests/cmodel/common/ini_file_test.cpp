@@ -9,7 +9,8 @@
 #include "tests/support/hooks.h"
 #include "tests/support/support.h"
 
-// What values do to registers: cfa_reg_test. Random texts against another reader: tools/cfatool/registers_test.
+// What values do to registers: cfa_reg_test. Random texts against another reader:
+// tools/cfatool/registers_test.
 
 TEST_CASE("lines of every length around the parser's own limit, and of megabytes in little memory") {
     // Through a file in memory: many small files take their time on a disk.
