@@ -85,15 +85,3 @@ TEST_CASE_FIXTURE(
         CHECK((read_file(path) == left));
     }
 }
-
-TEST_CASE_FIXTURE(FreshRegisters, "what is dumped loads again") {
-    const TempFolder folder;
-    for (const RegisterInfo &info : cfa_reg_hw_table().registers)
-        info.store(cfa_reg.hw, info.reset + 1);
-    CHECK(DUMP_CFA_INI((folder / "cfa.ini").c_str()) == 0);
-    CHECK(read_file(folder / "cfa.ini").ends_with("\n[cfa_sw]\n"));
-    reset();
-    LOAD_CFA_INI((folder / "cfa.ini").c_str());
-    for (const RegisterInfo &info : cfa_reg_hw_table().registers)
-        CHECK(info.read(cfa_reg.hw) == register_truncate(info.reset + 1, info.bits, info.is_signed));
-}

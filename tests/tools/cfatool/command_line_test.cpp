@@ -80,14 +80,16 @@ TEST_CASE_FIXTURE(Room, "command lines: names, numbers, files; what goes wrong l
 TEST_CASE_FIXTURE(Room, "an output is whole or not there, and what stood there stays") {
     const std::string chart = "chart flat --bayer 0 --size 99x99 -o ";
     put("old", "old");
+    put("a.ppm", "P5\n1 1\n255\na");
     put("bad.ppm", "P5\n2 1\n255\nabc"); // a byte too many: seen when everything is written
     check({{chart + "none/c", 2, "none/c: No such file or directory\n"},
            {chart + "/dev/full", 2, "/dev/full: No space left on device\n"},
+           {"hex a.ppm -o /dev/full", 2, "/dev/full: No space left on device\n"}, // seen when the file is closed
            {"preview bad.ppm -o old", 2, "bad.ppm: bytes follow the last sample\n"}});
     CHECK(contains(run("chart flat --bayer 0 --size 30x30 -o old", "ulimit -f 1;").err,
                    "old: File too large\n"));
     CHECK(get("old") == "old");
     check({{chart + "old", 0, ""}});
     CHECK(get("old").starts_with("P5\n"));
-    CHECK(list() == "bad.ppm\nold\n");
+    CHECK(list() == "a.ppm\nbad.ppm\nold\n");
 }

@@ -1,8 +1,5 @@
 #include <doctest/doctest.h>
 
-#include <map>
-#include <set>
-#include <utility>
 
 #include "tests/support/registers.h"
 #include "tests/support/support.h"
@@ -22,35 +19,6 @@ void load_cfa(const std::string &text) {
 
 } // namespace
 
-TEST_CASE("tables: keys are unique, resets fit, slopes agree with their curves") {
-    std::set<std::string> keys;
-    std::map<std::string, std::map<CurveRole, const RegisterInfo *>> curves;
-    for (const RegisterTable *table : {&cfa_reg_hw_table(), &cmodel_top_reg_hw_table()})
-        for (const RegisterInfo &info : table->registers) {
-            INFO(info.key);
-            CHECK(keys.insert(info.key).second);
-            CHECK(info.reset == register_truncate(info.reset, info.bits, info.is_signed));
-            if (info.curve.role != CurveRole::none)
-                curves[info.curve.name][info.curve.role] = &info;
-        }
-    CHECK(keys.size() == 115 + 11);
-    CHECK(cfa_reg_hw_table().find("reg_cfa_enabl") == nullptr);
-    CHECK(curves.size() == 7);
-    for (auto &curve : curves) {
-        auto &role = curve.second;
-        INFO(curve.first);
-        for (const CurveRole needed : {CurveRole::x0, CurveRole::y0, CurveRole::slope, CurveRole::y1})
-            REQUIRE(role.contains(needed));
-        const RegisterInfo &slope = *role[CurveRole::slope];
-        const auto reset = [&](CurveRole r) { return role[r]->reset; };
-        CHECK(slope.is_signed);
-        if (role.contains(CurveRole::x1))
-            CHECK(slope.reset == (reset(CurveRole::y1) - reset(CurveRole::y0)) *
-                                     (1 << slope.curve.fraction_bits) /
-                                     (reset(CurveRole::x1) - reset(CurveRole::x0)));
-    }
-}
-
 TEST_CASE("reset: names, marks, values, suffixes; what the loaders return; signs in formulas") {
     auto &reg = cfa_reg.hw.reg_cfa_gsig_tol;
     reg = 1;
@@ -65,23 +33,14 @@ TEST_CASE("reset: names, marks, values, suffixes; what the loaders return; signs
     CHECK(names(cfa_reg) == "cfa" + std::string(28, 's') + " cfa_sw" + std::string(25, 's'));
     INIT_CMODEL_TOP_REG("_2");
     CHECK(names(cmodel_top_reg) == "cmodel_top_2 cmodel_top_sw_2");
-    take_log();
-    PRINT_CMODEL_TOP_REG();
-    CHECK(take_log()[2] == "DEBUG cmodel_top_reg_hw_def:10: cmodel_top_2.hw.reg_img_bayerid = 0");
     INIT_CMODEL_TOP_REG(nullptr);
     CHECK(names(cmodel_top_reg) == "cmodel_top cmodel_top_sw");
     tok_idx = 5;
     CHECK(cfa_reg_loader(&cfa_reg, "other", "reg_cfa_enable", "0") == 1);
-    CHECK(std::exchange(tok_idx, 5) == 0);
     CHECK(cmodel_top_reg_loader(&cmodel_top_reg, "cmodel_top", "reg_img_bayerid", "3") == 1);
     CHECK(tok_idx == 0);
     CHECK(LOAD_CMODEL_TOP_INI("/no/such/file") == 1);
     CHECK(cmodel_top_reg.hw.reg_img_bayerid == 3);
-    CHECK(register_truncate(0x1FFFFFFFF, 31, false) == 0x7FFFFFFF);
-    CHECK(register_truncate(0x40000000, 31, true) == -0x40000000);
-    CHECK(register_truncate(255156, 18, true) == -6988);
-    CHECK((register_min(18, true) == -131072 && register_max(18, true) == 131071));
-    CHECK((register_min(1, false) == 0 && register_max(16, false) == 65535));
     Register<12, unsigned> slope{};
     slope = 904;
     CHECK(((-64 * slope) >> 5) == -1808); // signed in formulas, whatever its own signedness
@@ -115,6 +74,7 @@ TEST_CASE("load: what a text does to reg_cfa_gsig_tol (12 bits, 32) and reg_cfa_
         {"[cfa]\nreg_cfa_gsig_tol =", 0}, // an empty value counts as set
     };
     for (const auto &[bytes, want] : texts) {
+        INFO(bytes.substr(0, 60));
         load_cfa(bytes);
         CHECK(cfa_reg.hw.reg_cfa_gsig_tol == want);
         CHECK(cfa_reg.hw.reg_cfa_gsig_tol.is_set == (want == 32 ? 0 : 1));
