@@ -89,6 +89,10 @@ TEST_CASE_FIXTURE(Bench,
             changed[picture.find("4095\n") + 5 + 2 * static_cast<size_t>(at)] = at % 2 == 0 ? '\x10' : '\xff';
             CHECK(compare(changed).status == 0);
         }
+    std::string twice = mosaic(70, 9); // two that are alike
+    for (const size_t at : {0, 2})
+        twice[twice.find("4095\n") + 5 + 2 * at] = '\x10';
+    CHECK(compare(twice).status == 0);
 }
 
 TEST_CASE_FIXTURE(
