@@ -84,7 +84,8 @@ TEST_CASE_FIXTURE(Room, "an output is whole or not there, and what stood there s
     put("bad.ppm", "P5\n2 1\n255\nabc"); // a byte too many: seen when everything is written
     check({{chart + "none/c", 2, "none/c: No such file or directory\n"},
            {chart + "/dev/full", 2, "/dev/full: No space left on device\n"},
-           {"hex a.ppm -o /dev/full", 2, "/dev/full: No space left on device\n"}, // seen when the file is closed
+           {"hex a.ppm -o /dev/full", 2,
+            "/dev/full: No space left on device\n"}, // seen when the file is closed
            {"preview bad.ppm -o old", 2, "bad.ppm: bytes follow the last sample\n"}});
     CHECK(contains(run("chart flat --bayer 0 --size 30x30 -o old", "ulimit -f 1;").err,
                    "old: File too large\n"));

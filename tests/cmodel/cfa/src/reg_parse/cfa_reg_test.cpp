@@ -1,6 +1,5 @@
 #include <doctest/doctest.h>
 
-
 #include "tests/support/registers.h"
 #include "tests/support/support.h"
 
