@@ -187,6 +187,7 @@ TEST_CASE_FIXTURE(FreshRegisters, "planes are the stages' own, signed, unlimited
               uint16_t{0}); // black everywhere: nothing of the last run stays
     REQUIRE(memory.run(block) == CFA_OK);
     expect("GH", Plane(raw, 3), 3);
+    CHECK(std::string(cfa_block_slow_reason(block)) == "planes that are kept");
 }
 
 TEST_CASE("wrong calls are errors with one line") {
