@@ -163,6 +163,7 @@ TEST_CASE_FIXTURE(Room, "set, diff and dump: both ends of every register come ba
         put("b", "; kept\n[other]\nk = 1\n[cfa]\nreg_cfa_enable = 0\n");
         check({{"regs dump b --from a", 0, ""}, {"regs diff a b", 0, ""}});
         CHECK(run("regs dump new --from a", "ulimit -f 1;").status == 2); // a dump that was cut
+        CHECK(get("new") == "(no file)");
         CHECK(get("b").starts_with("; kept\n[other]\nk = 1\n[cfa"));
         registers.load(*this / "b");
         for (const BlockPart &p : registers.parts())
