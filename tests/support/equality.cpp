@@ -64,47 +64,52 @@ void let_slope_agree(const RegisterInfo &slope) {
         slope.store(cfa_reg.hw, std::min(-v, register_max(slope.bits, true)));
 }
 
-struct Fill {
-    const char *name;
-    int32_t (*sample)(Noise &noise, int y, int x, const int32_t *drawn); // drawn: four values of 0..4095
-};
+// A sample at a place; `drawn`: four values of 0..4095.
+using Fill = int32_t (*)(Noise &noise, int y, int x, const int32_t *drawn);
 
 int32_t bounded(int32_t v) {
     return std::clamp(v, 0, 4095);
 }
 
 const Fill fills[] = {
-    {"random", [](Noise &n, int, int, const int32_t *) { return n.in(0, 4095); }},
-    {"0 and 1", [](Noise &n, int, int, const int32_t *) { return n.in(0, 1); }},
-    {"4094 and 4095", [](Noise &n, int, int, const int32_t *) { return n.in(4094, 4095); }},
-    {"0 or 4095", [](Noise &n, int, int, const int32_t *) { return n.in(0, 1) * 4095; }},
-    {"impulses",
-     [](Noise &n, int, int, const int32_t *d) { return n.in(0, 20) == 0 ? n.in(0, 4095) : d[0]; }},
-    {"round numbers",
-     [](Noise &n, int, int, const int32_t *d) { return bounded(n.in(0, 2 + d[0] % 7) << d[1] % 11); }},
-    {"checker", [](Noise &, int y, int x, const int32_t *d) { return (x + y) % 2 != 0 ? d[0] : d[1]; }},
-    {"full checker", [](Noise &, int y, int x, const int32_t *) { return (x + y) % 2 * 4095; }},
-    {"flat colors", [](Noise &, int y, int x, const int32_t *d) { return d[y % 2 * 2 + x % 2]; }},
-    {"noisy colors",
-     [](Noise &n, int y, int x, const int32_t *d) { return bounded(d[y % 2 * 2 + x % 2] + n.in(-40, 40)); }},
-    {"ramp",
-     [](Noise &n, int y, int x, const int32_t *d) {
-         return bounded(d[0] + x * (d[1] % 61 - 30) + y * (d[2] % 61 - 30) + n.in(0, d[3] % 4));
-     }},
-    {"rings",
-     [](Noise &, int y, int x, const int32_t *d) {
-         return (x * x + y * y * (1 + d[1] % 3)) * (1 + d[0] % 200) / 64 % 4096;
-     }},
-    {"stripes",
-     [](Noise &n, int y, int x, const int32_t *d) {
-         const int phase = (x * (d[2] % 5) + y * (d[3] % 5)) % (2 + d[2] % 3);
-         return bounded((phase == 0 ? d[0] : d[1]) + n.in(-2, 2));
-     }},
-    {"blocks",
-     [](Noise &n, int y, int x, const int32_t *d) {
-         const int32_t edge = (x / (3 + d[2] % 7) + y / (2 + d[3] % 7)) % 2 != 0 ? d[0] : d[1];
-         return bounded(edge + n.in(-3, 3));
-     }},
+    // random
+    [](Noise &n, int, int, const int32_t *) { return n.in(0, 4095); },
+    // 0 and 1
+    [](Noise &n, int, int, const int32_t *) { return n.in(0, 1); },
+    // 4094 and 4095
+    [](Noise &n, int, int, const int32_t *) { return n.in(4094, 4095); },
+    // 0 or 4095
+    [](Noise &n, int, int, const int32_t *) { return n.in(0, 1) * 4095; },
+    // impulses
+    [](Noise &n, int, int, const int32_t *d) { return n.in(0, 20) == 0 ? n.in(0, 4095) : d[0]; },
+    // round numbers
+    [](Noise &n, int, int, const int32_t *d) { return bounded(n.in(0, 2 + d[0] % 7) << d[1] % 11); },
+    // checker
+    [](Noise &, int y, int x, const int32_t *d) { return (x + y) % 2 != 0 ? d[0] : d[1]; },
+    // full checker
+    [](Noise &, int y, int x, const int32_t *) { return (x + y) % 2 * 4095; },
+    // flat colors
+    [](Noise &, int y, int x, const int32_t *d) { return d[y % 2 * 2 + x % 2]; },
+    // noisy colors
+    [](Noise &n, int y, int x, const int32_t *d) { return bounded(d[y % 2 * 2 + x % 2] + n.in(-40, 40)); },
+    // ramp
+    [](Noise &n, int y, int x, const int32_t *d) {
+        return bounded(d[0] + x * (d[1] % 61 - 30) + y * (d[2] % 61 - 30) + n.in(0, d[3] % 4));
+    },
+    // rings
+    [](Noise &, int y, int x, const int32_t *d) {
+        return (x * x + y * y * (1 + d[1] % 3)) * (1 + d[0] % 200) / 64 % 4096;
+    },
+    // stripes
+    [](Noise &n, int y, int x, const int32_t *d) {
+        const int phase = (x * (d[2] % 5) + y * (d[3] % 5)) % (2 + d[2] % 3);
+        return bounded((phase == 0 ? d[0] : d[1]) + n.in(-2, 2));
+    },
+    // blocks
+    [](Noise &n, int y, int x, const int32_t *d) {
+        const int32_t edge = (x / (3 + d[2] % 7) + y / (2 + d[3] % 7)) % 2 != 0 ? d[0] : d[1];
+        return bounded(edge + n.in(-3, 3));
+    },
 };
 
 struct Outputs {
@@ -191,17 +196,16 @@ void draw_registers(uint32_t seed) {
                 let_slope_agree(info);
 }
 
-Plane draw_mosaic(uint32_t seed, PictureSize size, const char *&fill) {
+Plane draw_mosaic(uint32_t seed, PictureSize size) {
     Noise noise = noise_of(seed, 3);
-    const Fill &chosen = fills[noise.in(0, std::size(fills) - 1)];
-    fill = chosen.name;
+    const Fill fill = fills[noise.in(0, std::size(fills) - 1)];
     int32_t drawn[4];
     for (int32_t &v : drawn)
         v = noise.in(0, 4095);
     Plane raw(size.width, size.height);
     for (int y = 0; y < size.height; y++)
         for (int x = 0; x < size.width; x++)
-            raw.set(y, x, 0, chosen.sample(noise, y, x, drawn));
+            raw.set(y, x, 0, fill(noise, y, x, drawn));
     return raw;
 }
 
@@ -219,12 +223,10 @@ Equality compare_engine_with_model(const Plane &raw) {
 
 Equality compare_engine_with_model(uint32_t seed, PictureSize size) {
     draw_registers(seed);
-    const char *fill;
-    const Plane raw = draw_mosaic(seed, size, fill);
-    Equality result = compare_engine_with_model(raw);
+    Equality result = compare_engine_with_model(draw_mosaic(seed, size));
     if (!result.difference.empty())
         result.difference = "seed " + std::to_string(seed) + ", " + std::to_string(size.width) + " x " +
-                            std::to_string(size.height) + ", " + fill + "\n" + result.difference;
+                            std::to_string(size.height) + "\n" + result.difference;
     return result;
 }
 

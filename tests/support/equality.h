@@ -20,8 +20,8 @@ PictureSize large_size(uint32_t seed);
 /// field, small ones and the ends among them. Seldom does a slope contradict its levels.
 void draw_registers(uint32_t seed);
 
-/// A mosaic of 0..4095 from the seed; `fill` says how it was made.
-Plane draw_mosaic(uint32_t seed, PictureSize size, const char *&fill);
+/// A mosaic of 0..4095 from the seed.
+Plane draw_mosaic(uint32_t seed, PictureSize size);
 
 struct Equality {
     bool served;            // the engine did not refuse

@@ -2,6 +2,7 @@
 // environment.
 #include <doctest/doctest.h>
 
+#include <algorithm>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -98,24 +99,18 @@ TEST_CASE(
     CHECK(broken.wait() == error_line("Unable to write file '" + job.args[DC] + "': Broken pipe"));
 }
 
-TEST_CASE("links stay links; the input may be an output under another name") {
-    const Pictures want = Job(raw, ALL_STAGES).expected();
+TEST_CASE("links stay links, those to nothing and those to a file") {
+    Job job(raw, ALL_STAGES);
+    const Pictures want = job.expected();
     for (const Argument output : OUTPUTS) {
-        Job job(raw, ALL_STAGES);
-        fs::create_symlink("target", job.folder / "link");
-        for (const char *before : {"(no file)", "longer"}) {
-            if (*before == 'l')
-                write_file(job.folder / "target", std::string(10000, 'x'));
-            job.args[output] = job.folder / "link";
-            CHECK(job.run() == SILENT);
-            CHECK(job.outputs() == want);
-            CHECK(fs::is_symlink(job.args[output]));
-        }
-        job.args[output] = job.folder / "other name";
-        fs::create_hard_link(job.args[RAW], job.args[output]);
+        fs::create_symlink("target" + std::to_string(output), job.folder / "link" + std::to_string(output));
+        job.args[output] = job.folder / "link" + std::to_string(output);
+    }
+    for (int round = 0; round < 2; ++round) {
         CHECK(job.run() == SILENT);
         CHECK(job.outputs() == want);
-        CHECK(read_file(job.args[RAW]) == read_file(job.args[output]));
+        CHECK(std::all_of(std::begin(OUTPUTS), std::end(OUTPUTS),
+                          [&](Argument a) { return fs::is_symlink(job.args[a]); }));
     }
 }
 

@@ -18,12 +18,6 @@ using namespace cfa;
 
 namespace {
 
-// Both register blocks at their resets, before and after.
-struct FreshBlocks : FreshRegisters {
-    FreshBlocks() { INIT_CMODEL_TOP_REG("NULL"); }
-    ~FreshBlocks() { INIT_CMODEL_TOP_REG("NULL"); }
-};
-
 void set(const std::string &key, int32_t v) {
     cfa_reg_hw_table().find(("reg_cfa_" + key).c_str())->store(cfa_reg.hw, v);
 }
@@ -37,7 +31,7 @@ void expect(const Plane &raw, bool served) {
 
 } // namespace
 
-TEST_CASE_FIXTURE(FreshBlocks, "engine and model: random pictures and registers, all the smallest sizes") {
+TEST_CASE_FIXTURE(FreshRegisters, "engine and model: random pictures and registers, all the smallest sizes") {
     int served = 0;
     const auto compare = [&](uint32_t seed, PictureSize size) {
         const Equality result = compare_engine_with_model(seed, size);
@@ -62,7 +56,7 @@ TEST_CASE_FIXTURE(FreshBlocks, "engine and model: at limits that random register
     }
 }
 
-TEST_CASE_FIXTURE(FreshBlocks, "the engine takes samples of 0..4095 alone, wherever they stand") {
+TEST_CASE_FIXTURE(FreshRegisters, "the engine takes samples of 0..4095 alone, wherever they stand") {
     for (const PictureSize size : {PictureSize{37, 9}, {601, 500}}) {
         const int last = size.width * size.height - 1;
         const Plane raw = Noise(3).plane(size.width, size.height, 1, 0, 4095);
@@ -76,7 +70,7 @@ TEST_CASE_FIXTURE(FreshBlocks, "the engine takes samples of 0..4095 alone, where
     }
 }
 
-TEST_CASE_FIXTURE(FreshBlocks, "the engine takes 2 x 2 patterns, 4 x 3 and larger, no debug images") {
+TEST_CASE_FIXTURE(FreshRegisters, "the engine takes 2 x 2 patterns, 4 x 3 and larger, no debug images") {
     const Plane raw = Noise(5).plane(13, 8, 1, 0, 4095);
     for (int id = 15; id >= 0; --id) {
         cmodel_top_reg.hw.reg_img_bayerid = id;
@@ -89,7 +83,7 @@ TEST_CASE_FIXTURE(FreshBlocks, "the engine takes 2 x 2 patterns, 4 x 3 and large
     dump_dbg_img = false;
 }
 
-TEST_CASE_FIXTURE(FreshBlocks,
+TEST_CASE_FIXTURE(FreshRegisters,
                   "the engine takes slopes with their levels, against them only where nobody reads them") {
     const Plane raw = Noise(7).plane(22, 11, 1, 0, 4095);
     for (const std::string curve : {"ymoire_detail", "ymoire_edge", "ymoire_lut", "cmoire_sat",
@@ -116,7 +110,8 @@ TEST_CASE_FIXTURE(FreshBlocks,
     }
 }
 
-TEST_CASE_FIXTURE(FreshBlocks, "engine and model log the strength of the sharpening alike, when it is on") {
+TEST_CASE_FIXTURE(FreshRegisters,
+                  "engine and model log the strength of the sharpening alike, when it is on") {
     const Plane raw(8, 6, 1, 100), rgb(raw, 3), dc(raw, 1), gain(raw, 1);
     set("shpn_gain_value", 100);
     for (const bool enabled : {false, true}) {
