@@ -48,7 +48,7 @@ TEST_CASE_FIXTURE(FreshRegisters, "engine and model: random pictures and registe
     CHECK(served > static_cast<int>(pictures / 10 * 9));
 }
 
-TEST_CASE_FIXTURE(FreshBlocks, "engine and model: at limits that random registers seldom meet") {
+TEST_CASE_FIXTURE(FreshRegisters, "engine and model: at limits that random registers seldom meet") {
     for (uint32_t seed = 0; seed < 400; ++seed) {
         const Equality result = compare_at_limits(seed);
         REQUIRE(result.served);
