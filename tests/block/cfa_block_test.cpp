@@ -182,10 +182,12 @@ TEST_CASE_FIXTURE(FreshRegisters, "planes are the stages' own, signed, unlimited
     for (size_t i = 0; cfa_plane_info_at(i) != nullptr; ++i)
         CHECK_MESSAGE(cfa_block_plane(block, cfa_plane_info_at(i)->name) != nullptr,
                       cfa_plane_info_at(i)->name);
-    std::fill(memory.raw.begin(), memory.raw.end(),
-              uint16_t{0}); // black everywhere: nothing of the last run stays
+    // Nothing of the last run stays: black everywhere, and a stage that is off.
+    std::fill(memory.raw.begin(), memory.raw.end(), uint16_t{0});
+    REQUIRE(cfa_block_set(block, "reg_cfa_shpn_enable", 0) == CFA_OK);
     REQUIRE(memory.run(block) == CFA_OK);
     expect("GH", Plane(raw, 3), 3);
+    CHECK(cfa_block_plane(block, "cored") == nullptr);
     CHECK(std::string(cfa_block_slow_reason(block)) == "planes that are kept");
 }
 
