@@ -135,7 +135,7 @@ Outcome Process::wait(int timeout_ms) {
 }
 
 std::string Process::said() const {
-    for (int i = 0; i < 10000 && read_stream(out_).empty(); ++i)
+    for (int i = 0; i < 10000 && !read_stream(out_).ends_with('\n'); ++i)
         usleep(1000);
     return read_stream(out_);
 }

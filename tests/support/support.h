@@ -62,7 +62,7 @@ class Process {
     /// Waits for the end, and kills the process when the time is over.
     Outcome wait(int timeout_ms = 30000);
 
-    /// What it has printed up to now, waiting a while for a first word.
+    /// What it has printed up to now, waiting a while for a whole line.
     std::string said() const;
 
   private:
