@@ -8,7 +8,7 @@ TEST_CASE_FIXTURE(
         put("bad", "#!/bin/sh\n" + script);
         std::filesystem::permissions(*this / "bad", std::filesystem::perms::owner_all);
     };
-    CHECK(run("conformance --record sums --tool " + tool_path()).status == 0);
+    CHECK(run("conformance --record sums --tool '" + tool_path() + "'").status == 0);
     CHECK(get("sums") == read_file(source_root() + "/tests/data/conformance.sha256"));
 
     // Another sum and one less; one byte of one output of the run without debug images only, a debug image

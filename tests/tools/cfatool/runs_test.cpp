@@ -44,7 +44,7 @@ TEST_CASE_FIXTURE(Room, "a run folder: known images in order, others behind them
 }
 
 TEST_CASE_FIXTURE(Room, "the page of a golden run: its links are its files, all within its folder") {
-    check({{"report -o page " + source_root() + "/tests/data/golden/everything_on_scene_id2", 0, "38 images, 5 registers that differ from"}});
+    check({{"report -o page '" + source_root() + "/tests/data/golden/everything_on_scene_id2'", 0, "38 images, 5 registers that differ from"}});
     const std::string page = get("page/index.html");
     std::set<std::string> files;
     for (const auto &entry : fs::directory_iterator(*this / "page/images"))
