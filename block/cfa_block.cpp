@@ -29,18 +29,6 @@ int fail(cfa_block &block, int code, const char *line) {
     return code;
 }
 
-int code_of(Error::Kind kind) {
-    switch (kind) {
-    case Error::Kind::memory:
-        return CFA_ERROR_MEMORY;
-    case Error::Kind::picture_size:
-        return CFA_ERROR_SIZE;
-    case Error::Kind::file:
-        break;
-    }
-    return CFA_ERROR_FILE;
-}
-
 // Runs the body of a call.
 template <class Body> int call(cfa_block *block, const Body &body) noexcept {
     if (block == nullptr)
@@ -51,7 +39,8 @@ template <class Body> int call(cfa_block *block, const Body &body) noexcept {
     } catch (const CallError &error) {
         return fail(*block, error.code, error.what());
     } catch (const Error &error) {
-        return fail(*block, code_of(error.kind()), error.what());
+        return fail(*block, error.kind() == Error::Kind::picture_size ? CFA_ERROR_SIZE : CFA_ERROR_FILE,
+                    error.what());
     } catch (const std::bad_alloc &) {
         return fail(*block, CFA_ERROR_MEMORY, "not enough memory");
     } catch (const std::exception &error) {

@@ -9,7 +9,7 @@ namespace cfa {
 /// An error that ends a run. what() is one line for standard error, without its line feed.
 class Error : public std::exception {
   public:
-    enum class Kind { memory, picture_size, file };
+    enum class Kind { picture_size, file };
 
     Error(Kind kind, std::string line) : kind_(kind), line_(std::move(line)) {}
     const char *what() const noexcept override { return line_.c_str(); }
