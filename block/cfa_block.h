@@ -31,7 +31,8 @@ extern "C" {
 #define CFA_BLOCK_VERSION 10100
 CFA_API int cfa_block_version(void);
 
-/* What every function that can fail returns. A call that fails changes nothing but the error of its block. */
+/* What every function that can fail returns. A call that fails changes nothing but the error of its block; a
+ * run that fails may have dropped the planes of the run before. */
 enum {
     CFA_OK = 0,
     CFA_ERROR_ARGUMENT = -1, /* a null pointer, an unknown flag, strides that are odd or make samples overlap */

@@ -33,7 +33,8 @@ void print_error(const std::exception &error);
 
 /// Runs the body of a function that has no way to return an error: an error ends the process. Only functions
 /// with a prescribed name are made this way, and nothing in the block calls them; each is a shell around one
-/// that throws.
+/// that throws. Prescribed functions that only can run out of memory (stages, INIT_, LOAD_, DUMP_) have none:
+/// std::bad_alloc passes them.
 template <class Body> auto or_end_process(const Body &body) {
     try {
         return body();

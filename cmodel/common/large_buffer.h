@@ -16,7 +16,7 @@ struct LargeBufferDeleter {
 using LargeBuffer = std::unique_ptr<uint8_t[], LargeBufferDeleter>;
 
 /// Makes a buffer whose bytes have no value yet. Where the system offers huge pages it lies on them: the
-/// first write to it costs a sixth. Ends the process as CM_NewFRAME does when memory is short.
+/// first write to it costs a sixth. Throws std::bad_alloc.
 LargeBuffer make_large_buffer(size_t size);
 
 } // namespace cfa

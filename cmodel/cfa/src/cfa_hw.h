@@ -17,7 +17,7 @@ void cfa_bypass(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
 
 namespace cfa {
 
-/// cfa_hw for who can take an Error.
+/// cfa_hw with the registers in force, for who can take an error: throws Error and std::bad_alloc.
 void run_block(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg);
 
 /// Throws Error for a picture that the enabled block does not take.

@@ -8,10 +8,10 @@ namespace cfa {
 /// Takes a line for standard error about a run that goes on.
 using Notice = void (*)(const char *line);
 
-/// Runs the block on a picture file with the registers in cfa_reg and cmodel_top_reg. The input is read to
-/// its end and closed before an output is opened. In the regular case the line engine works on the files'
-/// rows, and 2 bytes a pixel are kept (4 with sharpening); otherwise whole frames go through cfa_hw. Nothing
-/// but speed and memory shows which it was.
+/// Runs the block on a picture file with the registers in force. The input is read to its end and closed
+/// before an output is opened. In the regular case the line engine works on the files' rows, and 2 bytes a
+/// pixel are kept (4 with sharpening); otherwise whole frames go through run_block. Nothing but speed and
+/// memory shows which it was. Throws Error and std::bad_alloc.
 void run_picture(const char *raw_path, const OutputPaths &out, Notice notice);
 
 /// The same, always in whole frames.

@@ -140,10 +140,10 @@ void gen_dst_dc(const FRAME *src, FRAME *dst);
 /// Disabled: 1024 everywhere, rgb_out as it is.
 void sharpen_gain_main_proc(const FRAME *raw, FRAME *rgb_out, FRAME *sg_out);
 
-/// Logs the strength of the sharpening, as both the model and the engine do, once a run.
 namespace cfa {
+/// Logs the strength of the sharpening, as both the model and the engine do, once a run.
 void log_sharpening_strength(int32_t gain);
-}
+} // namespace cfa
 
 // Sub-steps of the sharpen gain. Lumas and gains are u12, details signed.
 void sharpen_gain_bypass(FRAME *sg_out);
