@@ -10,15 +10,15 @@ module stub_dut #(
     input  logic             rst_n,
     input  logic             in_valid,
     output logic             in_ready,
-    input  logic [11:0]      in_data,
+    input  logic [15:0]      in_data,
     output logic             out_valid,
     input  logic             out_ready,
-    output logic [4:0][11:0] out_data    // by cfa_output_e
+    output logic [4:0][15:0] out_data    // by cfa_output_e
 );
   logic [5:0][15:0] record [PIXELS];
   string file = "";
   int fault = -1, index = 0;
-  logic [4:0][11:0] result;
+  logic [4:0][15:0] result;
 
   initial begin
     void'($value$plusargs("fault=%d", fault));
@@ -26,8 +26,8 @@ module stub_dut #(
   end
 
   always_comb begin
-    result = {12'd1024, 12'd0, {3{in_data}}};
-    if (file != "") for (int k = 0; k < 5; k++) result[k] = 12'(record[index][4-k]);
+    result = {16'd1024, 16'd0, {3{in_data}}};
+    if (file != "") for (int k = 0; k < 5; k++) result[k] = record[index][4-k];
     if (index == fault) result[fault%5][0] = !result[fault%5][0];
   end
 
