@@ -6,6 +6,7 @@
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 
 using namespace cfa;
+using namespace cfa::narrow;
 
 const std::vector<Sample> &bench_mosaic() {
     static const std::vector<Sample> mosaic = [] {

@@ -12,7 +12,7 @@ constexpr int bench_height = 1500;
 constexpr double bench_pixels = double{bench_width} * bench_height;
 
 /// A random u12 mosaic of that size, the same in every run.
-const std::vector<cfa::Sample> &bench_mosaic();
+const std::vector<cfa::narrow::Sample> &bench_mosaic();
 
 /// Sets all registers to their reset values; `all_features` adds luma moire,
 /// sharpening and the third protected hue.

@@ -5,10 +5,11 @@
 #include "cmodel/cfa/src/lines/engine.h"
 
 using namespace cfa;
+using namespace cfa::narrow;
 
 namespace {
 
-class ArraySource : public RowSource {
+class ArraySource : public RowSource<Sample> {
   public:
     void read(int y, Sample *even, Sample *odd) override {
         const Sample *const row = bench_mosaic().data() + static_cast<size_t>(y) * bench_width;
@@ -20,13 +21,13 @@ class ArraySource : public RowSource {
 };
 
 // Looks at one sample of each row.
-class NullSink : public RowSink {
+class NullSink : public RowSink<Sample> {
   public:
-    void rgb(int, SplitRow red, SplitRow green, SplitRow blue) override {
+    void rgb(int, SplitRow<Sample> red, SplitRow<Sample> green, SplitRow<Sample> blue) override {
         sum_ += red.half[0][0] + green.half[0][0] + blue.half[0][0];
     }
-    void dc(int, SplitRow row) override { sum_ += row.half[0][0]; }
-    void gain(int, SplitRow row) override { sum_ += row.half[0][0]; }
+    void dc(int, SplitRow<Sample> row) override { sum_ += row.half[0][0]; }
+    void gain(int, SplitRow<Sample> row) override { sum_ += row.half[0][0]; }
     long sum() const { return sum_; }
 
   private:

@@ -9,6 +9,7 @@
 #include "cmodel/cfa/src/lines/settings.h"
 
 using namespace cfa;
+using namespace cfa::narrow;
 
 namespace {
 

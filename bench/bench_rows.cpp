@@ -3,6 +3,7 @@
 #include <random>
 
 using namespace cfa;
+using namespace cfa::narrow;
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "cmodel/cfa/src/cfa_model.h"
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/conditions.h"
-#include "cmodel/cfa/src/lines/engine.h"
+#include "cmodel/cfa/src/lines/rows.h"
 
 namespace cfa {
 namespace {
@@ -41,9 +41,9 @@ void run_model(const Mosaic &mosaic, const OutputLayouts &out) {
     copy_frame(gain.get(), out.gain);
 }
 
-void run_engine(const Mosaic &mosaic, const OutputLayouts &out) {
-    MemorySource source(mosaic);
-    MemorySink sink(out, static_cast<int>(mosaic.width));
+template <class Sample> void run_engine(const Mosaic &mosaic, const OutputLayouts &out) {
+    MemorySource<Sample> source(mosaic);
+    MemorySink<Sample> sink(out, static_cast<int>(mosaic.width));
     run_line_engine(static_cast<int>(mosaic.width), static_cast<int>(mosaic.height), source, sink);
 }
 
@@ -83,13 +83,13 @@ const char *run_on_memory(const BlockRegisters &registers, KeptPlanes &planes, c
         return nullptr;
     }
     refuse_small_picture(mosaic.width, mosaic.height);
-    const char *reason = cfa_lines_excludes(mosaic.width, mosaic.height);
-    if (reason == nullptr && !cfa_lines_take_samples(mosaic.union_of_bits()))
-        reason = "samples beyond 12 bits";
-    if (reason == nullptr)
-        run_engine(mosaic, out);
-    else
+    const char *const reason = cfa_lines_excludes(mosaic.width, mosaic.height);
+    if (reason != nullptr)
         run_model(mosaic, out);
+    else if (cfa_lines_need_wide_rows(mosaic.union_of_bits()))
+        run_engine<int32_t>(mosaic, out);
+    else
+        run_engine<int16_t>(mosaic, out);
     return reason;
 }
 

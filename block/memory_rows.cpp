@@ -28,14 +28,14 @@ FramePtr Mosaic::frame() const {
     return frame;
 }
 
-void MemorySource::read(int y, Sample *even, Sample *odd) {
+template <class Sample> void MemorySource<Sample>::read(int y, Sample *even, Sample *odd) {
     split_samples(mosaic_.layout.row(y), static_cast<int>(mosaic_.width), even, odd);
 }
 
-MemorySink::MemorySink(const OutputLayouts &out, int width)
+template <class Sample> MemorySink<Sample>::MemorySink(const OutputLayouts &out, int width)
     : out_(out), width_(width), row_(static_cast<size_t>(width)) {}
 
-void MemorySink::rgb(int y, SplitRow red, SplitRow green, SplitRow blue) {
+template <class Sample> void MemorySink<Sample>::rgb(int y, Row red, Row green, Row blue) {
     if (!out_.rgb)
         return;
     if (out_.rgb.channels_packed()) {
@@ -47,17 +47,17 @@ void MemorySink::rgb(int y, SplitRow red, SplitRow green, SplitRow blue) {
     join(out_.rgb, y, 2, blue);
 }
 
-void MemorySink::dc(int y, SplitRow row) {
+template <class Sample> void MemorySink<Sample>::dc(int y, Row row) {
     if (out_.dc)
         join(out_.dc, y, 0, row);
 }
 
-void MemorySink::gain(int y, SplitRow row) {
+template <class Sample> void MemorySink<Sample>::gain(int y, Row row) {
     if (out_.gain)
         join(out_.gain, y, 0, row);
 }
 
-void MemorySink::join(const Layout &image, int y, int channel, SplitRow row) {
+template <class Sample> void MemorySink<Sample>::join(const Layout &image, int y, int channel, Row row) {
     if (image.pixels_packed()) {
         join_samples(row, width_, image.row(y, channel));
         return;
@@ -66,6 +66,11 @@ void MemorySink::join(const Layout &image, int y, int channel, SplitRow row) {
     scatter([this](int x) { return row_[static_cast<size_t>(x)]; }, width_, image.row(y, channel),
             image.pixel_stride());
 }
+
+template class MemorySource<int16_t>;
+template class MemorySource<int32_t>;
+template class MemorySink<int16_t>;
+template class MemorySink<int32_t>;
 
 void copy_frame(const FRAME *frame, const Layout &image) {
     if (!image)

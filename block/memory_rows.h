@@ -19,7 +19,8 @@ struct Mosaic {
     FramePtr frame() const;
 };
 
-class MemorySource : public RowSource {
+// Both for rows of int16_t or int32_t.
+template <class Sample> class MemorySource : public RowSource<Sample> {
   public:
     explicit MemorySource(const Mosaic &mosaic) : mosaic_(mosaic) {}
     void read(int y, Sample *even, Sample *odd) override;
@@ -32,15 +33,17 @@ struct OutputLayouts {
     Layout rgb, dc, gain; // empty for an output that is not wanted
 };
 
-class MemorySink : public RowSink {
+template <class Sample> class MemorySink : public RowSink<Sample> {
+    using Row = SplitRow<Sample>;
+
   public:
     MemorySink(const OutputLayouts &out, int width);
-    void rgb(int y, SplitRow red, SplitRow green, SplitRow blue) override;
-    void dc(int y, SplitRow row) override;
-    void gain(int y, SplitRow row) override;
+    void rgb(int y, Row red, Row green, Row blue) override;
+    void dc(int y, Row row) override;
+    void gain(int y, Row row) override;
 
   private:
-    void join(const Layout &image, int y, int channel, SplitRow row);
+    void join(const Layout &image, int y, int channel, Row row);
 
     const OutputLayouts &out_;
     const int width_;

@@ -64,53 +64,72 @@ void let_slope_agree(const RegisterInfo &slope) {
         slope.store(cfa_reg.hw, std::min(-v, register_max(slope.bits, true)));
 }
 
-// A sample at a place; `drawn`: four values of 0..4095.
-using Fill = int32_t (*)(Noise &noise, int y, int x, const int32_t *drawn);
+// What the samples of a mosaic are made from.
+struct Draw {
+    Noise noise;
+    int32_t largest;     // of the depth
+    int32_t values[4]{}; // 0 to the largest
+    int32_t d[4]{};      // small numbers
 
-int32_t bounded(int32_t v) {
-    return std::clamp(v, 0, 4095);
-}
+    Draw(const Noise &seeded, int32_t largest_) : noise(seeded), largest(largest_) {
+        for (int32_t &v : values)
+            v = any();
+        for (int32_t &v : d)
+            v = in(0, 4095);
+    }
+    int32_t in(int32_t low, int32_t high) { return noise.in(low, high); }
+    int32_t any() { return in(0, largest); }
+    int32_t near(int32_t v, int32_t by) { return std::clamp(v + in(-by, by), 0, largest); }
+};
+
+// A sample at a place.
+using Fill = int32_t (*)(Draw &n, int y, int x);
 
 const Fill fills[] = {
     // random
-    [](Noise &n, int, int, const int32_t *) { return n.in(0, 4095); },
+    [](Draw &n, int, int) { return n.any(); },
     // 0 and 1
-    [](Noise &n, int, int, const int32_t *) { return n.in(0, 1); },
-    // 4094 and 4095
-    [](Noise &n, int, int, const int32_t *) { return n.in(4094, 4095); },
-    // 0 or 4095
-    [](Noise &n, int, int, const int32_t *) { return n.in(0, 1) * 4095; },
+    [](Draw &n, int, int) { return n.in(0, 1); },
+    // the two largest
+    [](Draw &n, int, int) { return n.largest - n.in(0, 1); },
+    // 0 or the largest
+    [](Draw &n, int, int) { return n.in(0, 1) * n.largest; },
     // impulses
-    [](Noise &n, int, int, const int32_t *d) { return n.in(0, 20) == 0 ? n.in(0, 4095) : d[0]; },
+    [](Draw &n, int, int) { return n.in(0, 20) == 0 ? n.any() : n.values[0]; },
     // round numbers
-    [](Noise &n, int, int, const int32_t *d) { return bounded(n.in(0, 2 + d[0] % 7) << d[1] % 11); },
+    [](Draw &n, int, int) { return n.near(n.in(0, 2 + n.d[0] % 7) << n.d[1] % 15, 0); },
     // checker
-    [](Noise &, int y, int x, const int32_t *d) { return (x + y) % 2 != 0 ? d[0] : d[1]; },
+    [](Draw &n, int y, int x) { return n.values[(x + y) % 2]; },
     // full checker
-    [](Noise &, int y, int x, const int32_t *) { return (x + y) % 2 * 4095; },
+    [](Draw &n, int y, int x) { return (x + y) % 2 * n.largest; },
     // flat colors
-    [](Noise &, int y, int x, const int32_t *d) { return d[y % 2 * 2 + x % 2]; },
+    [](Draw &n, int y, int x) { return n.values[y % 2 * 2 + x % 2]; },
     // noisy colors
-    [](Noise &n, int y, int x, const int32_t *d) { return bounded(d[y % 2 * 2 + x % 2] + n.in(-40, 40)); },
+    [](Draw &n, int y, int x) { return n.near(n.values[y % 2 * 2 + x % 2], 40); },
     // ramp
-    [](Noise &n, int y, int x, const int32_t *d) {
-        return bounded(d[0] + x * (d[1] % 61 - 30) + y * (d[2] % 61 - 30) + n.in(0, d[3] % 4));
+    [](Draw &n, int y, int x) {
+        return n.near(n.values[0] + x * (n.d[1] % 61 - 30) + y * (n.d[2] % 61 - 30), n.d[3] % 4);
     },
     // rings
-    [](Noise &, int y, int x, const int32_t *d) {
-        return (x * x + y * y * (1 + d[1] % 3)) * (1 + d[0] % 200) / 64 % 4096;
+    [](Draw &n, int y, int x) {
+        return (x * x + y * y * (1 + n.d[1] % 3)) * (1 + n.d[0] % 200) / 64 % (n.largest + 1);
     },
     // stripes
-    [](Noise &n, int y, int x, const int32_t *d) {
-        const int phase = (x * (d[2] % 5) + y * (d[3] % 5)) % (2 + d[2] % 3);
-        return bounded((phase == 0 ? d[0] : d[1]) + n.in(-2, 2));
+    [](Draw &n, int y, int x) {
+        const int phase = (x * (n.d[2] % 5) + y * (n.d[3] % 5)) % (2 + n.d[2] % 3);
+        return n.near(n.values[phase == 0], 2);
     },
     // blocks
-    [](Noise &n, int y, int x, const int32_t *d) {
-        const int32_t edge = (x / (3 + d[2] % 7) + y / (2 + d[3] % 7)) % 2 != 0 ? d[0] : d[1];
-        return bounded(edge + n.in(-3, 3));
+    [](Draw &n, int y, int x) {
+        return n.near(n.values[(x / (3 + n.d[2] % 7) + y / (2 + n.d[3] % 7)) % 2], 3);
     },
 };
+
+// Twelve bits half of the time, beyond them a quarter, any number from one on.
+int32_t draw_depth(Noise &noise) {
+    const int kind = noise.in(0, 3);
+    return kind < 2 ? 12 : kind == 2 ? noise.in(13, 16) : noise.in(1, 16);
+}
 
 struct Outputs {
     Plane rgb, dc, gain;
@@ -190,7 +209,7 @@ void draw_registers(uint32_t seed) {
     cfa_reg.hw.reg_cfa_enable = 1;
     if (noise.in(0, 2) != 0)
         cfa_reg.hw.reg_cfa_force_dir_enable = 0;
-    if (noise.in(0, 49) != 0)
+    if (noise.in(0, 2) != 0)
         for (const RegisterInfo &info : cfa_reg_hw_table().registers)
             if (info.curve.role == CurveRole::slope)
                 let_slope_agree(info);
@@ -199,13 +218,11 @@ void draw_registers(uint32_t seed) {
 Plane draw_mosaic(uint32_t seed, PictureSize size) {
     Noise noise = noise_of(seed, 3);
     const Fill fill = fills[noise.in(0, std::size(fills) - 1)];
-    int32_t drawn[4];
-    for (int32_t &v : drawn)
-        v = noise.in(0, 4095);
+    Draw draw(noise, (1 << draw_depth(noise)) - 1);
     Plane raw(size.width, size.height);
     for (int y = 0; y < size.height; y++)
         for (int x = 0; x < size.width; x++)
-            raw.set(y, x, 0, fill(noise, y, x, drawn));
+            raw.set(y, x, 0, fill(draw, y, x));
     return raw;
 }
 

@@ -17,10 +17,10 @@ PictureSize small_size(uint32_t seed);
 PictureSize large_size(uint32_t seed);
 
 /// Draws both register blocks from the seed: a pattern id of 0 to 3, and values over the whole range of every
-/// field, small ones and the ends among them. Seldom does a slope contradict its levels.
+/// field, small ones and the ends among them. In one of three pictures slopes may contradict their levels.
 void draw_registers(uint32_t seed);
 
-/// A mosaic of 0..4095 from the seed.
+/// A mosaic of 1 to 16 bits from the seed, half of them 12.
 Plane draw_mosaic(uint32_t seed, PictureSize size);
 
 struct Equality {

@@ -20,13 +20,14 @@ const char *cfa_lines_excludes(uint32_t width, uint32_t height) {
     // columns and two rows reach over.
     if (width < 4 || height < 3)
         return "a picture below 4 x 3";
-    // Weights are kept in 16 bits. Between its levels a curve stays within 12 bits;
-    // a slope against them leads out.
-    if (registers().reg_cfa_cmoire_enable == 1 && color_moire_curves().contradict())
-        return "a colour-moire curve whose slope contradicts its levels";
-    if (registers().reg_cfa_ymoire_enable == 1 && luma_moire_curves().contradict())
-        return "a luma-moire curve whose slope contradicts its levels";
     return nullptr;
+}
+
+bool cfa_lines_need_wide_rows(uint32_t all) {
+    // Between its levels a curve stays within 12 bits; a slope against them leads out.
+    return all > CFA_LINES_MAX_NARROW_SAMPLE ||
+           (registers().reg_cfa_cmoire_enable == 1 && color_moire_curves().contradict()) ||
+           (registers().reg_cfa_ymoire_enable == 1 && luma_moire_curves().contradict());
 }
 
 } // namespace cfa

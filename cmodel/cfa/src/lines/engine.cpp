@@ -4,7 +4,7 @@
 
 #include "cmodel/cfa/src/stages.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
@@ -15,8 +15,8 @@ constexpr int LAST_LAG = 5;
 
 } // namespace
 
-LineEngine::LineEngine(int width, int height, const EngineSettings &settings, RowSource &source,
-                       RowSink &sink)
+LineEngine::LineEngine(int width, int height, const EngineSettings &settings, RowSource<Sample> &source,
+                       RowSink<Sample> &sink)
     : width_(width), height_(height), n_(padded_half(width)), settings_(settings), source_(source),
       sink_(sink) {
     for (int parity = 0; parity < 2; ++parity) {
@@ -81,13 +81,13 @@ FiveSamples LineEngine::along_column(const Lines &plane, int y, int parity) {
 
 void LineEngine::write_dc(int y) {
     for (int parity = 0; parity < 2; ++parity)
-        binomial_3x3(sight<1>(largest_, y, parity), dc_.write(0, parity), n_);
+        binomial_3x3_u12(sight<1>(largest_, y, parity), dc_.write(0, parity), n_);
     sink_.dc(y, {{dc_.half(0, 0), dc_.half(0, 1)}});
 }
 
 void LineEngine::low_pass_mosaic(int y) {
     for (int parity = 0; parity < 2; ++parity)
-        binomial_3x3(sight<1>(raw_, y, parity), mosaic_luma_.write(y, parity), n_);
+        binomial_3x3_u12(sight<1>(raw_, y, parity), mosaic_luma_.write(y, parity), n_);
     mosaic_luma_.mirror(y);
 }
 
@@ -104,13 +104,17 @@ void LineEngine::sharpen(int y) {
 }
 
 void LineEngine::write_row(int y) {
-    const auto row = [](const Lines &plane) { return SplitRow{{plane.half(0, 0), plane.half(0, 1)}}; };
+    const auto row = [](const Lines &plane) {
+        return SplitRow<Sample>{{plane.half(0, 0), plane.half(0, 1)}};
+    };
     sink_.rgb(y, row(rgb_[0]), row(rgb_[1]), row(rgb_[2]));
     sink_.gain(y, row(gain_));
 }
 
-void run_line_engine(int width, int height, RowSource &source, RowSink &sink) {
+} // namespace cfa::CFA_ROWS
+
+void cfa::run_line_engine(int width, int height, RowSource<CFA_ROWS::Sample> &source,
+                          RowSink<CFA_ROWS::Sample> &sink) {
+    using namespace CFA_ROWS;
     LineEngine(width, height, read_engine_settings(), source, sink).run();
 }
-
-} // namespace cfa

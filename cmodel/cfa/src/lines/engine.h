@@ -11,15 +11,12 @@
 #include "cmodel/cfa/src/lines/rows.h"
 #include "cmodel/cfa/src/lines/settings.h"
 
-namespace cfa {
-
-/// Runs the block on a picture from source to sink. REQUIRES cfa_lines_excludes to have nothing against the
-/// registers and the size, and every sample to be 0..4095.
-void run_line_engine(int width, int height, RowSource &source, RowSink &sink);
+namespace cfa::CFA_ROWS {
 
 class LineEngine {
   public:
-    LineEngine(int width, int height, const EngineSettings &settings, RowSource &source, RowSink &sink);
+    LineEngine(int width, int height, const EngineSettings &settings, RowSource<Sample> &source,
+               RowSink<Sample> &sink);
     void run();
 
     /// One line of the schedule: at each step t a stage computes row t - lag.
@@ -68,8 +65,8 @@ class LineEngine {
     const int height_;
     const int n_; // padded elements of a half-row
     const EngineSettings settings_;
-    RowSource &source_;
-    RowSink &sink_;
+    RowSource<Sample> &source_;
+    RowSink<Sample> &sink_;
 
     // Planes: the number is how many rows are alive, counted from the stage that writes to the last that
     // reads. Pairs of colours are red, blue; pairs of candidates are horizontal, vertical.
@@ -108,4 +105,4 @@ class LineEngine {
     Lines dc_ = lines(1);
 };
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

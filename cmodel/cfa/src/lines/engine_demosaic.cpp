@@ -1,7 +1,7 @@
 // The line engine's demosaic stages: which half-row goes to which kernel.
 #include "cmodel/cfa/src/lines/engine.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 void LineEngine::average(int y) {
     const int color = color_parity(y);
@@ -146,4 +146,4 @@ void LineEngine::reconstruct(int y) {
     choose_color(1, g);
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -2,7 +2,7 @@
 // neighbour, then a scan along the row.
 #include "cmodel/cfa/src/lines/engine.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 void LineEngine::cast_votes(int y) {
     for (int parity = 0; parity < 2; ++parity)
@@ -63,4 +63,4 @@ void LineEngine::decide_direction(int y) {
                   direction_.write(y, 1), n_);
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -1,7 +1,7 @@
 // The line engine's moire stages: weights of a row, then their removal from the reconstructed row.
 #include "cmodel/cfa/src/lines/engine.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 void LineEngine::find_extremes(int y) {
     const int c = color_parity(y);
@@ -104,10 +104,12 @@ void LineEngine::remove_color(int y) {
     for (int parity = 0; parity < 2; ++parity) {
         Sample *const weight = pull_.write(0, parity);
         removal_weight(sight<0>(mix_, 0, parity), sight<1>(color_distance_, y, parity), weight, n_);
-        for (int k : {0, 2})
-            remove_color_moire(rgb_[1].half(0, parity), weight, settings_.strength, rgb_[k].write(0, parity),
-                               n_);
+        // Green, on wide rows, last: its distance from itself is 0, and it is only limited.
+        for (int k : {0, 2, 1})
+            if (WIDE || k != 1)
+                remove_color_moire(rgb_[1].half(0, parity), weight, settings_.strength,
+                                   rgb_[k].write(0, parity), n_);
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -6,8 +6,8 @@
 
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/conditions.h"
-#include "cmodel/cfa/src/lines/engine.h"
 #include "cmodel/cfa/src/lines/kernels/file_words.h"
+#include "cmodel/cfa/src/lines/rows.h"
 
 namespace cfa {
 
@@ -16,9 +16,9 @@ namespace {
 // What is read or written at a time: large enough to be cheap, small enough to stay in the cache.
 constexpr size_t BLOCK_BYTES = 256 * 1024;
 
-constexpr Sample GAIN_OF_ONE = 1024;
+constexpr uint16_t GAIN_OF_ONE = 1024;
 
-template <class Word> class WordSource : public RowSource {
+template <class Word, class Sample> class WordSource : public RowSource<Sample> {
   public:
     explicit WordSource(WordStore &store) : store_(store) {}
     void read(int y, Sample *even, Sample *odd) override {
@@ -35,7 +35,9 @@ void open_output(std::optional<PpmWriter> &writer, const char *path, char kind, 
 }
 
 // RGB rows are written as they come; the other two outputs wait until it is complete.
-template <class Word> class WordSink : public RowSink {
+template <class Word, class Sample> class WordSink : public RowSink<Sample> {
+    using Row = SplitRow<Sample>;
+
   public:
     // gain may be null: not kept
     WordSink(WordStore &store, const char *path, Word *gain)
@@ -43,7 +45,7 @@ template <class Word> class WordSink : public RowSink {
           block_rows_(static_cast<int>(std::max<size_t>(1, BLOCK_BYTES / (row_words_ * sizeof(Word))))),
           block_(make_large_buffer(block_rows_ * row_words_ * sizeof(Word))) {}
 
-    void rgb(int y, SplitRow red, SplitRow green, SplitRow blue) override {
+    void rgb(int y, Row red, Row green, Row blue) override {
         if (y == 0) // no sooner: the engine's messages come before those of the output
             open_output(writer_, path_, '6', store_.header());
         Word *const block = reinterpret_cast<Word *>(block_.get());
@@ -57,9 +59,9 @@ template <class Word> class WordSink : public RowSink {
     }
 
     // In the place of the mosaic's row, which the engine has read: the DC image of a row depends on it.
-    void dc(int y, SplitRow row) override { join_words(row, store_.header().width, store_.row<Word>(y)); }
+    void dc(int y, Row row) override { join_words(row, store_.header().width, store_.row<Word>(y)); }
 
-    void gain(int y, SplitRow row) override {
+    void gain(int y, Row row) override {
         const int width = store_.header().width;
         if (gain_ != nullptr)
             join_words(row, width, gain_ + static_cast<size_t>(y) * width);
@@ -95,11 +97,11 @@ template <class Word> void write_gain_of_one(const char *path, const WordStore &
     writer->close();
 }
 
-template <class Word> void run_words(WordStore &store, const OutputPaths &out) {
+template <class Word, class Sample> void run_words(WordStore &store, const OutputPaths &out) {
     const bool sharpens = registers().reg_cfa_shpn_enable == 1; // otherwise the gain is 1.0 everywhere
     const LargeBuffer gain = sharpens ? make_large_buffer(store.size()) : nullptr;
-    WordSource<Word> source(store);
-    WordSink<Word> sink(store, out.rgb, reinterpret_cast<Word *>(gain.get()));
+    WordSource<Word, Sample> source(store);
+    WordSink<Word, Sample> sink(store, out.rgb, reinterpret_cast<Word *>(gain.get()));
     run_line_engine(store.header().width, store.header().height, source, sink);
     write_all(out.dc, store.header(), store.row<Word>(0), store.size());
     if (sharpens)
@@ -116,7 +118,6 @@ WordStore::WordStore(const PpmHeader &header)
       bytes_(make_large_buffer(size())) {}
 
 bool WordStore::read(PpmReader &reader) {
-    uint32_t any = 0;
     while (present_ < size()) {
         const size_t wanted = std::min(size() - present_, BLOCK_BYTES);
         uint8_t *const block = bytes_.get() + present_;
@@ -125,9 +126,9 @@ bool WordStore::read(PpmReader &reader) {
         if (got < wanted)
             return false;
         if (word_bytes_ == 2)
-            any |= union_of_words(reinterpret_cast<const uint16_t *>(block), got / 2);
+            all_ |= union_of_words(reinterpret_cast<const uint16_t *>(block), got / 2);
     }
-    return cfa_lines_take_samples(any);
+    return cfa_lines_take_samples(all_);
 }
 
 FramePtr WordStore::frame(PpmReader &reader) const {
@@ -138,10 +139,11 @@ FramePtr WordStore::frame(PpmReader &reader) const {
 }
 
 void run_file_rows(WordStore &store, const OutputPaths &out) {
+    const bool wide = cfa_lines_need_wide_rows(store.union_of_bits());
     if (store.word_bytes() == 1)
-        run_words<uint8_t>(store, out);
+        wide ? run_words<uint8_t, int32_t>(store, out) : run_words<uint8_t, int16_t>(store, out);
     else
-        run_words<uint16_t>(store, out);
+        wide ? run_words<uint16_t, int32_t>(store, out) : run_words<uint16_t, int16_t>(store, out);
 }
 
 } // namespace cfa

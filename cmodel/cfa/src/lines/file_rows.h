@@ -25,6 +25,7 @@ class WordStore {
     FramePtr frame(PpmReader &reader) const;
 
     const PpmHeader &header() const { return header_; }
+    uint32_t union_of_bits() const { return all_; }       // of the samples
     size_t size() const { return pixels_ * word_bytes_; } // in bytes
     size_t word_bytes() const { return word_bytes_; }
     template <class Word> Word *row(int y) {
@@ -37,6 +38,7 @@ class WordStore {
     const size_t pixels_;
     const LargeBuffer bytes_;
     size_t present_ = 0; // bytes read
+    uint32_t all_ = 0;
 };
 
 /// Runs the line engine on the store and writes the three outputs; the store then holds the DC image.

@@ -1,12 +1,12 @@
 #include "cmodel/cfa/src/lines/frame_rows.h"
 
 #include "cmodel/cfa/src/lines/conditions.h"
-#include "cmodel/cfa/src/lines/engine.h"
+#include "cmodel/cfa/src/lines/rows.h"
 
 namespace cfa {
 namespace {
 
-class FrameSource : public RowSource {
+template <class Sample> class FrameSource : public RowSource<Sample> {
   public:
     explicit FrameSource(const FRAME *frame) : frame_(frame) {}
     void read(int y, Sample *even, Sample *odd) override {
@@ -22,19 +22,21 @@ class FrameSource : public RowSource {
     const FRAME *frame_;
 };
 
-class FrameSink : public RowSink {
+template <class Sample> class FrameSink : public RowSink<Sample> {
+    using Row = SplitRow<Sample>;
+
   public:
     FrameSink(FRAME *rgb, FRAME *dc, FRAME *gain) : rgb_(rgb), dc_(dc), gain_(gain) {}
-    void rgb(int y, SplitRow red, SplitRow green, SplitRow blue) override {
+    void rgb(int y, Row red, Row green, Row blue) override {
         join(rgb_, y, 0, red);
         join(rgb_, y, 1, green);
         join(rgb_, y, 2, blue);
     }
-    void dc(int y, SplitRow row) override { join(dc_, y, 0, row); }
-    void gain(int y, SplitRow row) override { join(gain_, y, 0, row); }
+    void dc(int y, Row row) override { join(dc_, y, 0, row); }
+    void gain(int y, Row row) override { join(gain_, y, 0, row); }
 
   private:
-    static void join(FRAME *frame, int y, int channel, SplitRow row) {
+    static void join(FRAME *frame, int y, int channel, Row row) {
         const int width = width_of(frame);
         const size_t channels = frame->channels;
         uint32_t *out = &sample(frame, y, 0, channel);
@@ -55,16 +57,23 @@ uint32_t union_of(const uint32_t *samples, size_t count) {
     return all;
 }
 
+template <class Sample> void run(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
+    FrameSource<Sample> source(raw);
+    FrameSink<Sample> sink(out_rgb, out_dc, out_sg);
+    run_line_engine(width_of(raw), height_of(raw), source, sink);
+}
+
 } // namespace
 
 bool cfa_lines(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
     const size_t pixels = static_cast<size_t>(raw->width) * raw->height;
-    if (cfa_lines_excludes(raw->width, raw->height) != nullptr ||
-        !cfa_lines_take_samples(union_of(raw->data, pixels)))
+    const uint32_t all = union_of(raw->data, pixels);
+    if (cfa_lines_excludes(raw->width, raw->height) != nullptr || !cfa_lines_take_samples(all))
         return false;
-    FrameSource source(raw);
-    FrameSink sink(out_rgb, out_dc, out_sg);
-    run_line_engine(width_of(raw), height_of(raw), source, sink);
+    if (cfa_lines_need_wide_rows(all))
+        run<int32_t>(raw, out_rgb, out_dc, out_sg);
+    else
+        run<int16_t>(raw, out_rgb, out_dc, out_sg);
     return true;
 }
 

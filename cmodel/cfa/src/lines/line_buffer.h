@@ -106,6 +106,10 @@ template <class T> class LineBuffer {
     std::vector<int> row_of_; // the row that a slot holds, -1 for none yet: what asserts look at
 };
 
+} // namespace cfa
+
+namespace cfa::CFA_ROWS {
+
 using Lines = LineBuffer<Sample>;
 
 /// Rows y-R to y+R of a plane, seen from one column parity.
@@ -118,4 +122,4 @@ template <int R> Sight<R> sight(const Lines &plane, int y, int parity) {
     return s;
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -1,17 +1,15 @@
 // Where the line engine takes its rows from and where it gives them to.
 #pragma once
 
-#include "cmodel/cfa/src/lines/kernels/basics.h"
+#include <cstdint>
 
 namespace cfa {
 
 /// A row split by column parity; element i of half p is column 2*i + p.
-struct SplitRow {
-    const Sample *half[2];
-};
+template <class Sample> struct SplitRow { const Sample *half[2]; };
 
-/// Gives the rows of the mosaic in order, each once. Samples are 0..4095.
-class RowSource {
+/// Gives the rows of the mosaic in order, each once.
+template <class Sample> class RowSource {
   public:
     virtual ~RowSource() = default;
     /// Writes row y into its two halves.
@@ -19,12 +17,18 @@ class RowSource {
 };
 
 /// Takes the rows of the three outputs, each output's rows in order. A row is valid until the call returns.
-class RowSink {
+template <class Sample> class RowSink {
   public:
     virtual ~RowSink() = default;
-    virtual void rgb(int y, SplitRow red, SplitRow green, SplitRow blue) = 0;
-    virtual void dc(int y, SplitRow row) = 0;
-    virtual void gain(int y, SplitRow row) = 0; // u12, 1024 is 1.0
+    virtual void rgb(int y, SplitRow<Sample> red, SplitRow<Sample> green, SplitRow<Sample> blue) = 0;
+    virtual void dc(int y, SplitRow<Sample> row) = 0;
+    virtual void gain(int y, SplitRow<Sample> row) = 0; // u12, 1024 is 1.0
 };
+
+/// Runs the block on a picture from source to sink. REQUIRES cfa_lines_excludes to have nothing against the
+/// registers and the size, and every sample to be within cfa_lines_take_samples; on 16-bit rows also that
+/// cfa_lines_need_wide_rows does not ask for others.
+void run_line_engine(int width, int height, RowSource<int16_t> &source, RowSink<int16_t> &sink);
+void run_line_engine(int width, int height, RowSource<int32_t> &source, RowSink<int32_t> &sink);
 
 } // namespace cfa

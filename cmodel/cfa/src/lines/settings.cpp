@@ -1,16 +1,20 @@
 #include "cmodel/cfa/src/lines/settings.h"
 
 #include <algorithm>
+#include <limits>
 
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
 #include "cmodel/common/color_id.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
 Curve curve(const CurveRegisters &c) {
+    constexpr std::numeric_limits<int32_t> any;
+    if (WIDE)
+        return {c.x0, c.y0, c.slope, c.y0 > c.y1 ? c.y1 : any.min(), c.y0 > c.y1 ? any.max() : c.y1};
     return {c.x0, c.y0, c.slope, std::min(c.y0, c.y1), std::max(c.y0, c.y1)};
 }
 
@@ -22,8 +26,8 @@ SharpeningTable packed_sharpening_table() {
     SharpeningTable table{};
     for (int k = 0; k < 16; ++k)
         table.word[k] = static_cast<Sample>(sharpening_entry(2 * k) | sharpening_entry(2 * k + 1) << 8);
-    table.activity_limit =
-        static_cast<Sample>(std::min<int32_t>(registers().reg_cfa_ghp_thd, 32767)); // activity is below
+    table.activity_limit = static_cast<Sample>(
+        std::min<int32_t>(registers().reg_cfa_ghp_thd, std::numeric_limits<Sample>::max()));
     return table;
 }
 
@@ -60,6 +64,12 @@ DirectionalKernels directional_kernels() {
     k.line1 = c(d0[1]);
     k.line2 = c(d0[2]);
     k.line_constant = 20475 * (d0[1] + d0[2]);
+    k.c0 = c(d45[0]);
+    k.c3 = c(d45[3]);
+    k.c5 = c(d45[5]);
+    k.c6 = c(d45[6]);
+    k.c7 = c(d45[7]);
+    k.c8 = c(d45[8]);
     k.twice0 = c(2 * d45[0]);
     k.twice3 = c(2 * d45[3]);
     k.twice6 = c(2 * d45[6]);
@@ -122,4 +132,4 @@ EngineSettings read_engine_settings() {
     return s;
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

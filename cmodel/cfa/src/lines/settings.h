@@ -5,7 +5,7 @@
 
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 struct EngineSettings {
     int first_color_parity; // of row 0: the column parity of its red or blue sites
@@ -33,4 +33,4 @@ struct EngineSettings {
 /// The settings that the register blocks hold now. REQUIRES a pattern id of 0 to 3.
 EngineSettings read_engine_settings();
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

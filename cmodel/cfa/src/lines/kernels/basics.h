@@ -4,15 +4,23 @@
 // have the same colour, so no kernel asks for a colour code. Loops run over a padded count (line_buffer.h),
 // one operation a line; intermediates are Samples wherever the comment's range says that they fit, which is
 // what lets the compiler work on 16-bit lanes.
+//
+// Engine and kernels are compiled twice: in namespace cfa::narrow on rows of 16 bits, for samples of 12 bits
+// and curves that stay between their levels; in cfa::wide, with CFA_WIDE_ROWS defined, on rows of 32 bits,
+// for the rest (conditions.h). Ranges in comments are those of narrow rows, wide ones wrap as the model does.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <type_traits>
+
+#ifdef CFA_WIDE_ROWS
+#define CFA_ROWS wide
+#else
+#define CFA_ROWS narrow
+#endif
 
 namespace cfa {
-
-/// A 16-bit sample. Pictures are u12; signed intermediates state their range.
-using Sample = int16_t;
 
 /// Position in a half-row, as wide as a pointer: with wrapping arithmetic a narrower
 /// index would not be seen to run on.
@@ -34,32 +42,6 @@ using Index = std::ptrdiff_t;
 #define CFA_LOOP _Pragma("GCC ivdep")
 #endif
 
-constexpr Sample least(Sample a, Sample b) {
-    return a < b ? a : b;
-}
-constexpr Sample largest(Sample a, Sample b) {
-    return a > b ? a : b;
-}
-constexpr Sample limited12(Sample v) {
-    return least(4095, largest(0, v));
-}
-
-/// |a - b|. REQUIRES that the difference fits 16 bits.
-constexpr Sample distance(Sample a, Sample b) {
-    const Sample d = static_cast<Sample>(a - b);
-    return d < 0 ? static_cast<Sample>(-d) : d;
-}
-
-/// floor(a * b / 65536): the upper half of the product.
-constexpr Sample upper_half(Sample a, Sample b) {
-    return static_cast<Sample>((int32_t{a} * b) >> 16);
-}
-
-/// a where the mask is all ones, b where it is 0.
-constexpr Sample select16(Sample mask, Sample a, Sample b) {
-    return static_cast<Sample>((a & mask) | (b & ~mask));
-}
-
 constexpr int32_t least32(int32_t a, int32_t b) {
     return a < b ? a : b;
 }
@@ -71,6 +53,63 @@ constexpr int32_t select32(bool condition, int32_t a, int32_t b) {
     const int32_t mask = -int32_t{condition};
     return (a & mask) | (b & ~mask);
 }
+} // namespace cfa
+
+namespace cfa::CFA_ROWS {
+
+/// A sample. Pictures are u12; signed intermediates state their range.
+#ifdef CFA_WIDE_ROWS
+constexpr bool WIDE = true;
+using Sample = int32_t;
+#else
+constexpr bool WIDE = false;
+using Sample = int16_t;
+#endif
+
+/// Samples u12 with weights that come to 16: they fill 16 unsigned bits.
+using Sum = std::conditional_t<WIDE, int32_t, uint16_t>;
+
+constexpr Sample least(Sample a, Sample b) {
+    return a < b ? a : b;
+}
+constexpr Sample largest(Sample a, Sample b) {
+    return a > b ? a : b;
+}
+
+constexpr int32_t limited12(int32_t v) {
+    return least32(4095, largest32(0, v));
+}
+#ifndef CFA_WIDE_ROWS
+constexpr Sample limited12(Sample v) {
+    return least(4095, largest(0, v));
+}
+#endif
+constexpr int32_t magnitude(int32_t v) {
+    return v < 0 ? -v : v;
+}
+
+/// Limits that only wide rows can meet: samples beyond 12 bits, weights of a curve outside its levels.
+constexpr Sample limited12_wide(Sample v) {
+    return WIDE ? limited12(v) : v;
+}
+constexpr Sample least_wide(Sample limit, Sample v) {
+    return WIDE ? least(limit, v) : v;
+}
+constexpr Sample largest_wide(Sample limit, Sample v) {
+    return WIDE ? largest(limit, v) : v;
+}
+
+/// |a - b|. REQUIRES that the difference fits a Sample.
+constexpr Sample distance(Sample a, Sample b) {
+    const Sample d = static_cast<Sample>(a - b);
+    return d < 0 ? static_cast<Sample>(-d) : d;
+}
+
+/// a where the mask is all ones, b where it is 0.
+constexpr Sample select_by(Sample mask, Sample a, Sample b) {
+    return static_cast<Sample>((a & mask) | (b & ~mask));
+}
+
 /// norm2 of the kit, (123 m + 51 k + 64) >> 7 of the larger m and the smaller k of two samples u12, in 16
 /// bits: 123 m is 128 m - 5 m, and of 51 k the part 48 k is shifted in two steps.
 constexpr Sample norm2_u12(Sample a, Sample b) {
@@ -79,10 +118,6 @@ constexpr Sample norm2_u12(Sample a, Sample b) {
     const Sample rest = static_cast<Sample>(k3 - 5 * m + 64); // -20411..64
     const Sample eighths = static_cast<Sample>(k3 + (rest >> 4));
     return static_cast<Sample>(m + (eighths >> 3));
-}
-
-constexpr int32_t limited12(int32_t v) {
-    return least32(4095, largest32(0, v));
 }
 
 /// +1 where a < b (horizontal), -1 where a > b (vertical), 0 on a tie.
@@ -111,4 +146,4 @@ struct FiveSamples {
     const Sample *at[5];
 };
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

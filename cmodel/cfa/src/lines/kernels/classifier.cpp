@@ -1,6 +1,6 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
@@ -53,4 +53,4 @@ CFA_KERNEL void activity_at_green(Sight<2> raw, Sample *lh, Sample *lv, int n) {
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

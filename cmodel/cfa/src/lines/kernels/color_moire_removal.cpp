@@ -1,6 +1,7 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/products.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 CFA_KERNEL void largest_of_three(const Sample *above, const Sample *row, const Sample *below, Sample *out,
                                  int n) {
@@ -15,7 +16,7 @@ CFA_KERNEL void largest_of_seven(Sight<0> row, Sample *out, int n) {
         const auto P = row.at(i);
         const Sample left = largest(largest(P(0, -3), P(0, -2)), P(0, -1));
         const Sample right = largest(largest(P(0, 1), P(0, 2)), P(0, 3));
-        out[i] = largest(P(0, 0), largest(left, right));
+        out[i] = largest_wide(0, largest(P(0, 0), largest(left, right)));
     }
 }
 
@@ -38,10 +39,9 @@ CFA_KERNEL void removal_weight(Sight<0> mix, Sight<1> color_distance, Sample *we
         const Sample row_above = P(-1, -1) + 2 * P(-1, 0) + P(-1, 1);
         const Sample row = P(0, -1) + 2 * P(0, 0) + P(0, 1);
         const Sample row_below = P(1, -1) + 2 * P(1, 0) + P(1, 1);
-        const uint16_t binomial = row_above + 2 * row + row_below + 8; // up to 65528
+        const Sum binomial = row_above + 2 * row + row_below + 8; // up to 65528
         const Sample distance_weight = binomial >> 4;
-        // Two weights up to 4095, shifted by 3 and 1: the upper half is their product >> 12.
-        weight[i] = upper_half((mixed >> 2) << 3, distance_weight << 1);
+        weight[i] = weighted_q12(mixed >> 2, distance_weight);
     }
 }
 
@@ -49,13 +49,10 @@ CFA_KERNEL void remove_color_moire(const Sample *green, const Sample *weight, Sa
                                    int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
-        const Sample away = green[i] - color[i];                   // +-4095
-        const Sample full = upper_half(away << 3, weight[i] << 1); // (away * weight) >> 12, toward green
-        // (full * strength + 128) >> 8: the half is the top bit of the lower half of the product.
-        const Sample part = upper_half(full << 3, strength << 5);
-        const uint16_t lower = static_cast<uint16_t>((full << 3) * (strength << 5));
-        color[i] = limited12(static_cast<Sample>(color[i] + part + (lower >> 15)));
+        const Sample away = green[i] - color[i]; // +-4095
+        const Sample full = weighted_q12(away, weight[i]);
+        color[i] = limited12(static_cast<Sample>(color[i] + weighted_q8(full, strength)));
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -2,7 +2,7 @@
 #include "cmodel/cfa/src/lines/kernels/reciprocal.h"
 #include "cmodel/cfa/src/lines/kernels/row_curve.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
@@ -14,11 +14,11 @@ inline Sample hue(Sample r, Sample g, Sample b) {
     const Sample mn = least(r, least(g, b));
     const Sample is_green = -(mx == g);
     const Sample is_blue = -(mx == b);
-    const Sample difference = select16(is_green, b - r, select16(is_blue, r - g, g - b));
-    const Sample below_red = select16(-(g >= b), 0, 360 << 3);
-    const Sample base = select16(is_green, 120 << 3, select16(is_blue, 240 << 3, below_red));
+    const Sample difference = select_by(is_green, b - r, select_by(is_blue, r - g, g - b));
+    const Sample below_red = select_by(-(g >= b), 0, 360 << 3);
+    const Sample base = select_by(is_green, 120 << 3, select_by(is_blue, 240 << 3, below_red));
     const int32_t angle = (difference * 60 * reciprocal(mx - mn)) >> 12;
-    return select16(-(mx == mn), 0, static_cast<Sample>(base + angle));
+    return select_by(-(mx == mn), 0, static_cast<Sample>(base + angle));
 }
 
 } // namespace
@@ -47,14 +47,12 @@ CFA_KERNEL void color_distance_weight(const Sample *red, const Sample *green, co
 
 namespace {
 
-constexpr int32_t magnitude(int32_t v) {
-    return v < 0 ? -v : v;
-}
-
 // Twice the two diagonal responses of one prediction. The kernel's nine groups of samples that share a
 // coefficient are k0 (centre), k3 and k6, which the anti-diagonal kernel shares, and the pairs k1/k5, k2/k8,
 // k4/k7, which it swaps. With the sum and the difference of such a pair,  2 (a g + b h) = (a + b)(g + h) + (a
 // - b)(g - h), swapping a and b turns only the sign of the second product: nine products serve both kernels.
+// On wide rows the sums may wrap, and a doubled sum would have lost its top bit: there twelve products, those
+// of the pairs as  a g + b h = b (g + h) + (a - b) g,  swapped  b (g + h) + (a - b) h.
 struct Diagonals {
     int32_t rising, falling; // magnitudes, up to 2^30 - 2^24
 
@@ -67,6 +65,13 @@ struct Diagonals {
         const Sample g7 = P(-2, 1) + P(-1, 2) + P(1, -2) + P(2, -1);
         const Sample g3 = P(-1, 0) + P(0, -1) + P(0, 1) + P(1, 0);
         const Sample g6 = P(-2, 0) + P(0, -2) + P(0, 2) + P(2, 0);
+        if constexpr (WIDE) {
+            const int32_t both = k.c0 * P(0, 0) + k.c3 * g3 + k.c6 * g6 + k.c5 * (g1 + g5) +
+                                 k.c8 * (g2 + g8) + k.c7 * (g4 + g7);
+            rising = magnitude(both + k.difference15 * g1 + k.difference28 * g2 + k.difference47 * g4);
+            falling = magnitude(both + k.difference15 * g5 + k.difference28 * g8 + k.difference47 * g7);
+            return;
+        }
         const int32_t even = times(k.twice0, P(0, 0)) + times(k.twice3, g3) + times(k.twice6, g6) +
                              times(k.sum15, g1 + g5) + times(k.sum28, g2 + g8) + times(k.sum47, g4 + g7);
         const int32_t odd =
@@ -78,9 +83,17 @@ struct Diagonals {
     static constexpr int32_t times(Sample coefficient, Sample sum) { return int32_t{coefficient} * sum; }
 };
 
+// A magnitude limited to 12 bits. Kept: one that has wrapped to a negative number is 0.
+constexpr Sample response(int32_t v) {
+    return static_cast<Sample>(WIDE ? limited12(v) : least32(4095, v));
+}
+
 // Five taps over line sums of up to 20475. Pairs of sums are kept in 16 bits by taking off 20475, whose share
 // the constant of the kernel puts back.
 constexpr int32_t five_taps(const DirectionalKernels &k, const FiveSamples &sum, Index i) {
+    if constexpr (WIDE)
+        return k.line0 * sum.at[2][i] + k.line1 * (sum.at[1][i] + sum.at[3][i]) +
+               k.line2 * (sum.at[0][i] + sum.at[4][i]);
     const uint16_t near = static_cast<uint16_t>(sum.at[1][i] + sum.at[3][i]);
     const uint16_t far = static_cast<uint16_t>(sum.at[0][i] + sum.at[4][i]);
     return int32_t{k.line0} * sum.at[2][i] + int32_t{k.line1} * static_cast<Sample>(near - 20475) +
@@ -106,10 +119,10 @@ CFA_KERNEL void directional_spread(Sight<2> green_h, Sight<2> green_v, FiveSampl
         const Diagonals h(H, kernels);
         const Diagonals v(V, kernels);
 
-        const Sample e0 = static_cast<Sample>(least32(4095, magnitude(s0) >> 12));
-        const Sample e90 = static_cast<Sample>(least32(4095, magnitude(s90) >> 12));
-        const Sample e45 = static_cast<Sample>(least32(4095, (v.rising + h.rising) >> 14));
-        const Sample e135 = static_cast<Sample>(least32(4095, (v.falling + h.falling) >> 14));
+        const Sample e0 = response(magnitude(s0) >> 12);
+        const Sample e90 = response(magnitude(s90) >> 12);
+        const Sample e45 = response((v.rising + h.rising) >> (WIDE ? 13 : 14));
+        const Sample e135 = response((v.falling + h.falling) >> (WIDE ? 13 : 14));
         const Sample sum = e45 + e135 + e0 + e90;
         const Sample mean = sum >> 2;
         spread[i] = distance(e45, mean) + distance(e135, mean) + distance(e0, mean) + distance(e90, mean);
@@ -127,4 +140,4 @@ CFA_KERNEL void edge_spread_weight(const Sample *spread, const Sample *green, Ed
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -1,6 +1,6 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
@@ -10,7 +10,12 @@ constexpr Sample sign(Sample v) {
 
 // a where the condition holds, b elsewhere, without a branch.
 constexpr Sample select(bool condition, Sample a, Sample b) {
-    return select16(-Sample{condition}, a, b);
+    return select_by(-Sample{condition}, a, b);
+}
+
+// Activities count up to 32767.
+constexpr Sample limited(Sample activity) {
+    return least_wide(32767, activity);
 }
 
 // Two values, the larger first.
@@ -41,14 +46,16 @@ CFA_KERNEL void direction_at_red_blue(DirectionEvidence e, DirectionLimits limit
                                       int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
-        const auto [act_max, act_min] = sorted(e.lh[i], e.lv[i]);
+        const Sample lh = limited(e.lh[i]);
+        const Sample lv = limited(e.lv[i]);
+        const auto [act_max, act_min] = sorted(lh, lv);
         const auto [sig_max, sig_min] = sorted(e.sig_h[i], e.sig_v[i]);
         const Sample prior = toward(e.sig_h[i], e.sig_v[i]);
         const bool decisive = limits.decisive * largest(1, act_min >> 5) < act_max;
         const bool tolerated = act_max >= (act_min * limits.edge_tol) >> 8;
         const bool voting = limits.sig_decisive * largest32(1, sig_min >> 7) > sig_max >> 2;
         const bool counts = sig_max >= (sig_min * limits.sig_tol) >> 5;
-        const Sample by_activity = select(tolerated, toward(e.lh[i], e.lv[i]), 0);
+        const Sample by_activity = select(tolerated, toward(lh, lv), 0);
         decide(out, i, !decisive & voting, counts, votes(e, i, prior), select(decisive, by_activity, prior));
     }
 }
@@ -56,13 +63,15 @@ CFA_KERNEL void direction_at_red_blue(DirectionEvidence e, DirectionLimits limit
 CFA_KERNEL void direction_at_green(DirectionEvidence e, DirectionLimits limits, DirectionByLeft out, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
-        const auto [act_max, act_min] = sorted(e.lh[i], e.lv[i]);
+        const Sample lh = limited(e.lh[i]);
+        const Sample lv = limited(e.lv[i]);
+        const auto [act_max, act_min] = sorted(lh, lv);
         const auto [sig_max, sig_min] = sorted(e.sig_h[i], e.sig_v[i]);
         const Sample prior = toward(e.sig_h[i], e.sig_v[i]);
         const bool decisive = act_max > largest(1, act_min >> 5) * limits.decisive;
         const bool voting = e.luma[i] >= limits.luma;
         const bool counts = sig_max >= (sig_min * limits.sig_tol) >> 5;
-        const Sample by_activity = toward(e.lh[i], e.lv[i]);
+        const Sample by_activity = toward(lh, lv);
         decide(out, i, !decisive & voting, counts, votes(e, i, prior), select(decisive, by_activity, prior));
     }
 }
@@ -77,7 +86,7 @@ CFA_KERNEL void weighted_luma(const Sample *red, const Sample *green, const Samp
 CFA_KERNEL void votes_of_neighbours(const Sample *lh, const Sample *lv, Sample strong, Sample *below, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
-        const Sample vote = select(lh[i] < lv[i], 1, -1); // a tie is vertical
+        const Sample vote = select(limited(lh[i]) < limited(lv[i]), 1, -1); // a tie is vertical
         below[i] = select(largest(lh[i], lv[i]) >= strong, vote, 0);
     }
 }
@@ -129,4 +138,4 @@ CFA_KERNEL void resolve_pairs(DirectionByLeft even, DirectionByLeft odd, const S
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -1,6 +1,6 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
@@ -68,4 +68,4 @@ CFA_KERNEL void extremes_at_green(Sight<2> raw, Extremes along_row, Extremes gre
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "cmodel/cfa/src/lines/kernels/basics.h"
+
 namespace cfa {
 
 namespace {
@@ -18,9 +20,9 @@ struct InMemory {
     static constexpr uint16_t order(uint16_t v) { return v; }
 };
 
-// The bodies, for all words. Inlined always: each kernel below compiles them for its instruction sets.
+// The bodies. Inlined always: each kernel below compiles them for its instruction sets.
 
-template <class Place, class Word> [[gnu::always_inline]] inline void
+template <class Place, class Word, class Sample> [[gnu::always_inline]] inline void
 split(const Word *words, int width, Sample *__restrict even, Sample *__restrict odd) {
     for (Index i = 0; i < width / 2; ++i) {
         even[i] = static_cast<Sample>(Place::order(words[2 * i]));
@@ -30,8 +32,8 @@ split(const Word *words, int width, Sample *__restrict even, Sample *__restrict 
         even[width / 2] = static_cast<Sample>(Place::order(words[width - 1]));
 }
 
-template <class Place, class Word>
-[[gnu::always_inline]] inline void join(SplitRow row, Index first, Index width, Word *__restrict words) {
+template <class Place, class Word, class Sample> [[gnu::always_inline]] inline void
+join(SplitRow<Sample> row, Index first, Index width, Word *__restrict words) {
     const Sample *const even = row.half[0] + first / 2;
     const Sample *const odd = row.half[1] + first / 2;
     for (Index i = 0; i < width / 2; ++i) {
@@ -42,8 +44,9 @@ template <class Place, class Word>
         words[width - 1] = Place::order(static_cast<Word>(even[width / 2]));
 }
 
-template <class Place, class Word> [[gnu::always_inline]] inline void
-join(SplitRow red, SplitRow green, SplitRow blue, Index width, Word *__restrict words) {
+template <class Place, class Word, class Sample>
+[[gnu::always_inline]] inline void join(SplitRow<Sample> red, SplitRow<Sample> green, SplitRow<Sample> blue,
+                                        Index width, Word *__restrict words) {
     Word r[TILE_COLUMNS], g[TILE_COLUMNS], b[TILE_COLUMNS];
     for (Index first = 0; first < width; first += TILE_COLUMNS) {
         const Index columns = std::min(TILE_COLUMNS, width - first);
@@ -71,36 +74,54 @@ join(SplitRow red, SplitRow green, SplitRow blue, Index width, Word *__restrict 
 CFA_KERNEL uint16_t union_of_words(const uint16_t *words, size_t count) {
     return file_order(union_of(words, count));
 }
-CFA_KERNEL void split_words(const uint8_t *words, int width, Sample *even, Sample *odd) {
-    split<InFile>(words, width, even, odd);
-}
-CFA_KERNEL void split_words(const uint16_t *words, int width, Sample *even, Sample *odd) {
-    split<InFile>(words, width, even, odd);
-}
-CFA_KERNEL void join_words(SplitRow row, int width, uint8_t *words) {
-    join<InFile>(row, 0, width, words);
-}
-CFA_KERNEL void join_words(SplitRow row, int width, uint16_t *words) {
-    join<InFile>(row, 0, width, words);
-}
-CFA_KERNEL void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint8_t *words) {
-    join<InFile>(red, green, blue, width, words);
-}
-CFA_KERNEL void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *words) {
-    join<InFile>(red, green, blue, width, words);
-}
-
 CFA_KERNEL uint16_t union_of_samples(const uint16_t *samples, size_t count) {
     return union_of(samples, count);
 }
+
+template <class Word, class Sample>
+CFA_KERNEL void split_words(const Word *words, int width, Sample *even, Sample *odd) {
+    split<InFile>(words, width, even, odd);
+}
+template <class Word, class Sample> CFA_KERNEL void join_words(SplitRow<Sample> row, int width, Word *words) {
+    join<InFile>(row, 0, width, words);
+}
+template <class Word, class Sample> CFA_KERNEL void
+join_words(SplitRow<Sample> red, SplitRow<Sample> green, SplitRow<Sample> blue, int width, Word *words) {
+    join<InFile>(red, green, blue, width, words);
+}
+
+template <class Sample>
 CFA_KERNEL void split_samples(const uint16_t *samples, int width, Sample *even, Sample *odd) {
     split<InMemory>(samples, width, even, odd);
 }
-CFA_KERNEL void join_samples(SplitRow row, int width, uint16_t *samples) {
+template <class Sample> CFA_KERNEL void join_samples(SplitRow<Sample> row, int width, uint16_t *samples) {
     join<InMemory>(row, 0, width, samples);
 }
-CFA_KERNEL void join_samples(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *samples) {
+template <class Sample> CFA_KERNEL void join_samples(SplitRow<Sample> red, SplitRow<Sample> green,
+                                                     SplitRow<Sample> blue, int width, uint16_t *samples) {
     join<InMemory>(red, green, blue, width, samples);
 }
+
+// clang-format off
+template void split_words(const uint8_t *, int, int16_t *, int16_t *);
+template void split_words(const uint8_t *, int, int32_t *, int32_t *);
+template void split_words(const uint16_t *, int, int16_t *, int16_t *);
+template void split_words(const uint16_t *, int, int32_t *, int32_t *);
+template void join_words(SplitRow<int16_t>, int, uint8_t *);
+template void join_words(SplitRow<int32_t>, int, uint8_t *);
+template void join_words(SplitRow<int16_t>, int, uint16_t *);
+template void join_words(SplitRow<int32_t>, int, uint16_t *);
+template void join_words(SplitRow<int16_t>, SplitRow<int16_t>, SplitRow<int16_t>, int, uint8_t *);
+template void join_words(SplitRow<int32_t>, SplitRow<int32_t>, SplitRow<int32_t>, int, uint8_t *);
+template void join_words(SplitRow<int16_t>, SplitRow<int16_t>, SplitRow<int16_t>, int, uint16_t *);
+template void join_words(SplitRow<int32_t>, SplitRow<int32_t>, SplitRow<int32_t>, int, uint16_t *);
+
+template void split_samples(const uint16_t *, int, int16_t *, int16_t *);
+template void split_samples(const uint16_t *, int, int32_t *, int32_t *);
+template void join_samples(SplitRow<int16_t>, int, uint16_t *);
+template void join_samples(SplitRow<int32_t>, int, uint16_t *);
+template void join_samples(SplitRow<int16_t>, SplitRow<int16_t>, SplitRow<int16_t>, int, uint16_t *);
+template void join_samples(SplitRow<int32_t>, SplitRow<int32_t>, SplitRow<int32_t>, int, uint16_t *);
+// clang-format on
 
 } // namespace cfa

@@ -22,20 +22,20 @@ constexpr uint16_t file_order(uint16_t v) {
 /// All bits that occur in any of the samples, 0 if there are none.
 uint16_t union_of_words(const uint16_t *words, size_t count);
 
-/// Writes a row of `width` words into its halves. REQUIRES samples of 0..32767.
-void split_words(const uint8_t *words, int width, Sample *even, Sample *odd);
-void split_words(const uint16_t *words, int width, Sample *even, Sample *odd);
+/// Writes a row of `width` words into its halves, of int16_t or int32_t. REQUIRES that these hold the
+/// samples.
+template <class Word, class Sample> void split_words(const Word *words, int width, Sample *even, Sample *odd);
 
 /// Writes a row of one channel, or of three interleaved. Samples are cut to the word.
-void join_words(SplitRow row, int width, uint8_t *words);
-void join_words(SplitRow row, int width, uint16_t *words);
-void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint8_t *words);
-void join_words(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *words);
+template <class Word, class Sample> void join_words(SplitRow<Sample> row, int width, Word *words);
+template <class Word, class Sample>
+void join_words(SplitRow<Sample> red, SplitRow<Sample> green, SplitRow<Sample> blue, int width, Word *words);
 
 // The same for 16-bit samples in memory.
 uint16_t union_of_samples(const uint16_t *samples, size_t count);
-void split_samples(const uint16_t *samples, int width, Sample *even, Sample *odd);
-void join_samples(SplitRow row, int width, uint16_t *samples);
-void join_samples(SplitRow red, SplitRow green, SplitRow blue, int width, uint16_t *samples);
+template <class Sample> void split_samples(const uint16_t *samples, int width, Sample *even, Sample *odd);
+template <class Sample> void join_samples(SplitRow<Sample> row, int width, uint16_t *samples);
+template <class Sample> void join_samples(SplitRow<Sample> red, SplitRow<Sample> green, SplitRow<Sample> blue,
+                                          int width, uint16_t *samples);
 
 } // namespace cfa

@@ -1,13 +1,15 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/products.h"
 #include "cmodel/cfa/src/lines/kernels/reciprocal.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
 // All ones where the bit is set.
 constexpr Sample mask_of(Sample index, int bit) {
-    return static_cast<Sample>(index << (15 - bit)) >> 15;
+    constexpr int top = 8 * sizeof(Sample) - 1;
+    return static_cast<Sample>(index << (top - bit)) >> top;
 }
 
 // table.word[first .. first + 2^levels) by the bits of the index above the lowest.
@@ -15,20 +17,25 @@ template <int levels> constexpr Sample look_up(const SharpeningTable &table, Sam
     if constexpr (levels == 0)
         return table.word[first];
     else
-        return select16(mask_of(index, levels),
-                        look_up<levels - 1>(table, index, first + (1 << (levels - 1))),
-                        look_up<levels - 1>(table, index, first));
+        return select_by(mask_of(index, levels),
+                         look_up<levels - 1>(table, index, first + (1 << (levels - 1))),
+                         look_up<levels - 1>(table, index, first));
 }
 
 // Entry 0..31 of the table: a tree of choices, because vectors have no cheap look-up.
 constexpr Sample sharpening_weight(const SharpeningTable &table, Sample index) {
     const Sample word = look_up<4>(table, index, 0);
-    return select16(mask_of(index, 0), word >> 8, word & 63);
+    return select_by(mask_of(index, 0), word >> 8, word & 63);
 }
 
 // The ratio green / own, Q12, without its lower seven bits, 0..31.
 inline Sample ratio_index(Sample green, Sample own) {
     return static_cast<Sample>(least32(31, (green * reciprocal(own)) >> 10));
+}
+
+// (weight * hp) >> 5 for +-2048.
+constexpr Sample sharpened(Sample hp, Sample weight) {
+    return WIDE ? (weight * hp) >> 5 : upper_half(weight << 7, hp << 4);
 }
 
 } // namespace
@@ -49,13 +56,12 @@ CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, 
         const Sample h_own = static_cast<Sample>(2 * P(0, 0) + h_ends) >> 2;
         const Sample v_own = static_cast<Sample>(2 * P(0, 0) + v_ends) >> 2;
 
-        // (weight * hp) >> 5 as the upper half of (weight << 7) * (hp << 4);
-        // unsharpened the correction is hp itself.
+        // Unsharpened the correction is hp itself.
         const Sample h_weight = sharpening_weight(table, ratio_index(h_pair >> 1, h_own));
         const Sample v_weight = sharpening_weight(table, ratio_index(v_pair >> 1, v_own));
         const Sample sharpens = -(largest(lh[i], lv[i]) < table.activity_limit);
-        const Sample h_fix = select16(sharpens, upper_half(h_weight << 7, h_hp << 4), h_hp);
-        const Sample v_fix = select16(sharpens, upper_half(v_weight << 7, v_hp << 4), v_hp);
+        const Sample h_fix = select_by(sharpens, sharpened(h_hp, h_weight), h_hp);
+        const Sample v_fix = select_by(sharpens, sharpened(v_hp, v_weight), v_hp);
         const Sample h = limited12(static_cast<Sample>(h_lp + h_fix));
         const Sample v = limited12(static_cast<Sample>(v_lp + v_fix));
 
@@ -73,4 +79,4 @@ CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, 
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

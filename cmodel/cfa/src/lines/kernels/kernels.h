@@ -7,7 +7,7 @@
 
 #include "cmodel/cfa/src/lines/kernels/basics.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 /// Local averages, u12.
 void average_at_red_blue(Sight<2> raw, Sample *green, Sample *diagonal, Sample *own, int n);
@@ -126,14 +126,15 @@ void choose(const Sample *h, const Sample *v, const Sample *direction, BlendWeig
 void choose_within(const Sample *h, const Sample *v, const Sample *direction, BlendWeights weights,
                    const Sample *low, const Sample *high, Sample *out, int n);
 
-/// The 3 x 3 binomial low-pass, truncated, u12.
+/// The 3 x 3 binomial low-pass, truncated; limited to 12 bits.
 void binomial_3x3(Sight<1> rows, Sample *out, int n);
+void binomial_3x3_u12(Sight<1> rows, Sample *out, int n);
 
-/// A curve from level y0 at the knee x0 on. REQUIRES that the slope does not contradict the levels: it is not
-/// negative for y0 <= y1 and not positive for y0 > y1. Products with arguments of 13 bits fit 32 bits.
+/// A curve from level y0 at the knee x0 on. On narrow rows the slope must not contradict the levels: it is
+/// not negative for y0 <= y1 and not positive for y0 > y1. Products with arguments of 13 bits fit 32 bits.
 struct Curve {
     int32_t x0, y0, slope;
-    int32_t low, high; // the smaller and the larger of y0 and y1
+    int32_t low, high; // the smaller and the larger of y0 and y1; on wide rows only y1 limits
 };
 
 /// Registers of the luma-moire stage.
@@ -176,6 +177,7 @@ void sum_of_five(FiveSamples green, Sample *sum, int n);
 struct DirectionalKernels {
     Sample line0, line1, line2; // 0 and 90 degrees: centre line, next, outer
     int32_t line_constant;      // 20475 * (line1 + line2)
+    Sample c0, c3, c5, c6, c7, c8;
     Sample twice0, twice3, twice6;
     Sample sum15, sum28, sum47;                      // c1 + c5 and so on
     Sample difference15, difference28, difference47; // c1 - c5 and so on
@@ -219,4 +221,4 @@ void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sample *green,
 void sharpen_gain(const Sample *detail, const Sample *luma, SharpenSettings settings, Sample *gain, int n);
 void add_detail(const Sample *detail, SharpenSettings settings, Sample *color, int n);
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

@@ -1,7 +1,7 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 #include "cmodel/cfa/src/lines/kernels/row_curve.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 CFA_KERNEL void sum_of_steps(FiveSamples green, Sample *sum, int n) {
     CFA_LOOP
@@ -36,7 +36,10 @@ CFA_KERNEL void luma_moire_weight(ThreeRanges ranges, const int32_t *gradient, L
         const int32_t den = largest32(20 * (green + s.noise), 1);
         const float quotient = static_cast<float>(gradient[i] << 8) / static_cast<float>(den);
         const float limited = quotient < 255.0f ? quotient : 255.0f;
-        const int32_t w2 = rounded_curve(static_cast<int32_t>(limited), s.edge);
+        const int32_t rounded = static_cast<int32_t>(limited);
+        // The float of a quotient just below a whole number may be that number.
+        const int32_t ratio = WIDE ? rounded - (rounded * den > gradient[i] << 8) : rounded;
+        const int32_t w2 = rounded_curve(ratio, s.edge);
 
         weight[i] = static_cast<Sample>(least32(rounded_curve((w1 * w2) >> 8, s.output), 255));
     }
@@ -66,4 +69,4 @@ CFA_KERNEL void remove_luma_moire(Sight<0> color, const Sample *average, const S
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

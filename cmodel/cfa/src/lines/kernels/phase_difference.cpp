@@ -1,7 +1,7 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 #include "cmodel/cfa/src/lines/kernels/row_curve.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
@@ -42,4 +42,4 @@ CFA_KERNEL void phase_difference_weight(Sight<0> first_v, FiveSamples first_h, C
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

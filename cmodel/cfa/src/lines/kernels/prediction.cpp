@@ -1,6 +1,6 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 CFA_KERNEL void predict_green(Sight<2> raw, GreenPrediction out, int n) {
     CFA_LOOP
@@ -47,4 +47,4 @@ CFA_KERNEL void predict_at_red_blue(const Sample *green, const Sample *diff_left
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

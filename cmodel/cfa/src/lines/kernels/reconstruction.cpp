@@ -1,7 +1,7 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 #include "cmodel/cfa/src/lines/kernels/reciprocal.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 CFA_KERNEL void blend_weights(const int32_t *sig_h, const int32_t *sig_v, BlendWeights out, int n) {
     CFA_LOOP
@@ -21,14 +21,16 @@ CFA_KERNEL void blend_weights(const int32_t *sig_h, const int32_t *sig_v, BlendW
 
 namespace {
 
-// Weights up to 1023 and the reciprocal of their sum: the products stay below 2^28 for 12-bit candidates.
+// Weights up to 1023 and the reciprocal of their sum, w * get_inv(w) below 2^16: the product of candidates
+// u16 with both fits 32 unsigned bits.
 inline Sample chosen(Sample h, Sample v, Sample direction, Sample weight_h, Sample weight_v,
                      int32_t inverse) {
     const int32_t sum = weight_h * h + weight_v * v;
-    const Sample blend = static_cast<Sample>(limited12((sum * inverse) >> 15));
+    const uint32_t product = static_cast<uint32_t>(sum) * static_cast<uint32_t>(inverse);
+    const Sample blend = static_cast<Sample>(least32(4095, static_cast<int32_t>(product >> 15)));
     const Sample horizontal = -(direction > 0);
     const Sample vertical = -(direction < 0);
-    return select16(horizontal, h, select16(vertical, v, blend));
+    return select_by(horizontal, h, select_by(vertical, v, blend));
 }
 
 } // namespace
@@ -64,4 +66,4 @@ CFA_KERNEL void neighbourhood_range(Sight<1> raw, Sample *low, Sample *high, int
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

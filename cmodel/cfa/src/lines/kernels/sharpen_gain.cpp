@@ -1,7 +1,7 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 #include "cmodel/cfa/src/lines/kernels/reciprocal.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
@@ -12,10 +12,6 @@ constexpr Sample cored(Sample v, Sample threshold) {
     return v < 0 ? -beyond : beyond;
 }
 
-constexpr int32_t magnitude(int32_t v) {
-    return v < 0 ? -v : v;
-}
-
 } // namespace
 
 CFA_KERNEL void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sample *green,
@@ -24,12 +20,12 @@ CFA_KERNEL void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sam
     for (Index i = 0; i < n; ++i) {
         const auto P = bayer_luma.at(i);
         const Sample rgb_sum = red[i] + 2 * green[i] + blue[i];
-        const Sample rgb_luma = rgb_sum >> 2;
+        const Sample rgb_luma = least_wide(4095, rgb_sum >> 2);
 
         const Sample above = P(-1, -1) + 2 * P(-1, 0) + P(-1, 1);
         const Sample row = P(0, -1) + 2 * P(0, 0) + P(0, 1);
         const Sample below = P(1, -1) + 2 * P(1, 0) + P(1, 1);
-        const uint16_t sum = above + 2 * row + below;
+        const Sum sum = above + 2 * row + below;
         const Sample low_passed = static_cast<Sample>(sum >> 4);
 
         // The centre limited to the range of its eight neighbours.
@@ -70,4 +66,4 @@ CFA_KERNEL void add_detail(const Sample *detail, SharpenSettings s, Sample *colo
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS

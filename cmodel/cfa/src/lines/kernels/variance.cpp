@@ -1,11 +1,12 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 
-namespace cfa {
+namespace cfa::CFA_ROWS {
 
 namespace {
 
+// Kept: a product that has wrapped to a negative number is 0.
 constexpr int32_t limited_sig(int32_t v) {
-    return least32(131071, v);
+    return least32(131071, WIDE ? largest32(0, v) : v);
 }
 
 } // namespace
@@ -23,18 +24,18 @@ CFA_KERNEL void variance_at_green(FiveSamples red, FiveSamples blue, FiveSamples
         const auto spread = [&](int k) {
             const Sample r = distance(red_sum, static_cast<Sample>(red_d.at[k][i] * 5));
             const Sample b = distance(blue_sum, static_cast<Sample>(blue_d.at[k][i] * 5));
-            const uint16_t pair = r + b; // up to 32760
-            return static_cast<uint16_t>(pair >> 1);
+            const Sum pair = r + b; // up to 32760
+            return static_cast<Sum>(pair >> 1);
         };
         const auto step = [&](int k) {
             const Sample r = distance(red.at[k][i], red.at[k + 1][i]);
             const Sample b = distance(blue.at[k][i], blue.at[k + 1][i]);
             const Sample pair = r + b;
-            return static_cast<uint16_t>(pair >> 1);
+            return static_cast<Sum>(pair >> 1);
         };
-        const uint16_t spreads = spread(0) + spread(1) + spread(2) + spread(3) + spread(4);
-        const uint16_t steps = step(0) + step(1) + step(2) + step(3);
-        const uint16_t sum = spreads + steps;
+        const Sum spreads = spread(0) + spread(1) + spread(2) + spread(3) + spread(4);
+        const Sum steps = step(0) + step(1) + step(2) + step(3);
+        const Sum sum = spreads + steps;
         sig[i] = limited_sig((int32_t{sum} * 3925) >> 10);
     }
 }
@@ -72,11 +73,11 @@ CFA_KERNEL void variance_at_red_blue(FiveSamples centre, const Sample *outer_bef
             centre.at[0][i] + centre.at[1][i] + centre.at[2][i] + centre.at[3][i] + centre.at[4][i];
         const auto spread = [&](int k) { return distance(sum, static_cast<Sample>(centre.at[k][i] * 5)); };
         // Weights 1 4 8 4 1 on the centre line, 1 on the outer ones.
-        const uint16_t ones = spread(0) + spread(4); // up to 32760
-        const uint16_t fours = spread(1) + spread(3);
-        const uint16_t outer = outer_before[i] + outer_behind[i];
+        const Sum ones = spread(0) + spread(4); // up to 32760
+        const Sum fours = spread(1) + spread(3);
+        const Sum outer = outer_before[i] + outer_behind[i];
         sig[i] = limited_sig(ones + 4 * int32_t{fours} + 8 * int32_t{spread(2)} + outer);
     }
 }
 
-} // namespace cfa
+} // namespace cfa::CFA_ROWS
