@@ -85,7 +85,7 @@ const Kernel kernels[] = {
     {"gradient_sum", 2, [](BenchRows &r, const EngineSettings &) {
          gradient_sum(r.five(0), r.five(5), r.wide_out(), n); }},
     {"luma_moire_weight", 2, [](BenchRows &r, const EngineSettings &s) {
-         luma_moire_weight({{r.in(0), r.in(1), r.in(2)}, {r.in(3), r.in(4), r.in(5)}}, r.variance(0), s.luma,
+         luma_moire_weight({{{r.in(0), r.in(3)}, {r.in(1), r.in(4)}, {r.in(2), r.in(5)}}}, r.variance(0), s.luma,
                            r.out(0), n); }},
     {"average_luma", 2, [](BenchRows &r, const EngineSettings &) {
          average_luma(r.in(0), r.in(1), r.in(2), r.out(0), n); }},

@@ -27,13 +27,14 @@ void LineEngine::weigh_luma_moire(int y) {
     column_steps_.mirror(0);
     for (int parity = 0; parity < 2; ++parity) {
         ThreeRanges ranges{};
-        for (int k = 0; k < 3; ++k) {
+        for (const int k : {0, 1, 2}) {
+            if (k != 1 && !settings_.luma.all_colors)
+                continue;
             Sample *const max = range_rows_[k].write(0, parity);
             Sample *const min = range_rows_[3 + k].write(0, parity);
             binomial_3x3(sight<1>(extreme_max_[k], y, parity), max, n_);
             binomial_3x3(sight<1>(extreme_min_[k], y, parity), min, n_);
-            ranges.max[k] = max;
-            ranges.min[k] = min;
+            ranges.of[k] = {max, min};
         }
         gradient_sum(along_row(column_steps_, 0, parity), along_column(row_steps_, y, parity),
                      gradient_.write(0, parity), n_);

@@ -46,14 +46,14 @@ void read_direction(EngineSettings &s) {
 void read_luma_moire(EngineSettings &s) {
     const auto &r = registers();
     s.luma_moire = r.reg_cfa_ymoire_enable == 1;
-    s.luma.red_blue_mask = r.reg_cfa_ymoire_ref_maxg_only == 1 ? 0 : -1;
+    s.luma.all_colors = r.reg_cfa_ymoire_ref_maxg_only != 1;
     s.luma.noise = r.reg_cfa_ymoire_np;
     const LumaMoireCurves curves = luma_moire_curves();
     s.luma.detail = curve(curves.detail);
     s.luma.edge = curve(curves.edge);
     s.luma.output = curve(curves.output);
-    s.luma.lpf_w = r.reg_cfa_ymoire_lpf_w;
-    s.luma.dc_w = r.reg_cfa_ymoire_dc_w;
+    s.luma.lpf_w = static_cast<Sample>(r.reg_cfa_ymoire_lpf_w);
+    s.luma.dc_w = static_cast<Sample>(r.reg_cfa_ymoire_dc_w);
 }
 
 DirectionalKernels directional_kernels() {
@@ -113,7 +113,7 @@ void read_sharpen(EngineSettings &s) {
     s.sharpen.min_y = r.reg_cfa_shpn_min_y;
     s.sharpen.min_gain = r.reg_cfa_shpn_min_gain;
     s.sharpen.max_gain = r.reg_cfa_shpn_max_gain;
-    s.sharpen.gain = r.reg_cfa_shpn_gain_value;
+    s.sharpen.gain = static_cast<Sample>(r.reg_cfa_shpn_gain_value);
 }
 
 } // namespace

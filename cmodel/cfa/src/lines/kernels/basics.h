@@ -35,6 +35,14 @@ using Index = std::ptrdiff_t;
 #define CFA_KERNEL
 #endif
 
+/// Long kernels take several loops over blocks of sites, with what is between them in small arrays: each loop
+/// then keeps its intermediates in registers, and those of 32 bits stay apart from those of 16.
+constexpr Index BLOCK = 256;
+template <class Loops> void for_each_block(Index n, const Loops &loops) {
+    for (Index first = 0; first < n; first += BLOCK)
+        loops(first, static_cast<int>(n - first < BLOCK ? n - first : BLOCK));
+}
+
 // Rows never overlap the row that a loop writes.
 #if defined(__clang__)
 #define CFA_LOOP _Pragma("clang loop vectorize(assume_safety)")
@@ -105,6 +113,11 @@ constexpr Sample distance(Sample a, Sample b) {
     return d < 0 ? static_cast<Sample>(-d) : d;
 }
 
+/// The same as the larger minus the smaller, which long sums of distances are faster with.
+constexpr Sample gap(Sample a, Sample b) {
+    return static_cast<Sample>(largest(a, b) - least(a, b));
+}
+
 /// a where the mask is all ones, b where it is 0.
 constexpr Sample select_by(Sample mask, Sample a, Sample b) {
     return static_cast<Sample>((a & mask) | (b & ~mask));
@@ -139,6 +152,16 @@ template <int R> struct Sight {
         }
     };
     constexpr Site at(Index i) const { return {*this, i}; }
+
+    /// The same from site `first` on.
+    constexpr Sight from(Index first) const {
+        Sight there = *this;
+        for (int k = 0; k < 2 * R + 1; ++k) {
+            there.own[k] += first;
+            there.left[k] += first;
+        }
+        return there;
+    }
 };
 
 /// Five samples in a line through a site, along its row or its column: at[2][i] is the site's own.

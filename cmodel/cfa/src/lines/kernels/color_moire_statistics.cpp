@@ -21,16 +21,20 @@ inline Sample hue(Sample r, Sample g, Sample b) {
     return select_by(-(mx == mn), 0, static_cast<Sample>(base + angle));
 }
 
-} // namespace
+CFA_KERNEL void hues(const Sample *red, const Sample *green, const Sample *blue, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        out[i] = hue(red[i], green[i], blue[i]);
+}
 
-CFA_KERNEL void color_distance_weight(const Sample *red, const Sample *green, const Sample *blue,
-                                      ColorDistanceSettings s, Sample *weight, int n) {
+CFA_KERNEL void distance_weight(const Sample *red, const Sample *green, const Sample *blue, const Sample *hue,
+                                ColorDistanceSettings s, Sample *weight, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
         const Sample saturation = norm2_u12(distance(red[i], green[i]), distance(blue[i], green[i]));
         const int32_t saturation_weight = truncated_curve(saturation, s.saturation);
 
-        const Sample h = hue(red[i], green[i], blue[i]);
+        const Sample h = hue[i];
         Sample nearest = 4095;
         const auto protect = [&](int k) {
             const Sample straight = distance(h, s.protected_hue[k]);
@@ -43,6 +47,17 @@ CFA_KERNEL void color_distance_weight(const Sample *red, const Sample *green, co
         protect(2);
         weight[i] = static_cast<Sample>((saturation_weight * truncated_curve(nearest, s.hue)) >> 12);
     }
+}
+
+} // namespace
+
+void color_distance_weight(const Sample *red, const Sample *green, const Sample *blue,
+                           ColorDistanceSettings s, Sample *weight, int n) {
+    for_each_block(n, [&](Index first, int count) {
+        Sample hue[BLOCK];
+        hues(red + first, green + first, blue + first, hue, count);
+        distance_weight(red + first, green + first, blue + first, hue, s, weight + first, count);
+    });
 }
 
 namespace {
@@ -125,19 +140,37 @@ CFA_KERNEL void directional_spread(Sight<2> green_h, Sight<2> green_v, FiveSampl
         const Sample e135 = response((v.falling + h.falling) >> (WIDE ? 13 : 14));
         const Sample sum = e45 + e135 + e0 + e90;
         const Sample mean = sum >> 2;
-        spread[i] = distance(e45, mean) + distance(e135, mean) + distance(e0, mean) + distance(e90, mean);
+        spread[i] = gap(e45, mean) + gap(e135, mean) + gap(e0, mean) + gap(e90, mean);
     }
 }
 
-CFA_KERNEL void edge_spread_weight(const Sample *spread, const Sample *green, EdgeWeightSettings s,
-                                   Sample *weight, int n) {
+namespace {
+
+CFA_KERNEL void luma_gain(const Sample *green, int32_t target, Sample *gain, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
-        const int32_t raised = limited12((s.luma_target * reciprocal(green[i]) + 16) >> 5);
-        const int32_t gain = largest32(1024, raised); // Q10
-        const int32_t gained = limited12((spread[i] * gain + 512) >> 10);
-        weight[i] = static_cast<Sample>(truncated_curve(gained, s.edge));
+        const int32_t raised = limited12((target * reciprocal(green[i]) + 16) >> 5);
+        gain[i] = static_cast<Sample>(largest32(1024, raised)); // Q10
     }
+}
+
+CFA_KERNEL void gained_weight(const Sample *spread, const Sample *gain, Curve edge, Sample *weight, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i) {
+        const int32_t gained = limited12((spread[i] * gain[i] + 512) >> 10);
+        weight[i] = static_cast<Sample>(truncated_curve(gained, edge));
+    }
+}
+
+} // namespace
+
+void edge_spread_weight(const Sample *spread, const Sample *green, EdgeWeightSettings s, Sample *weight,
+                        int n) {
+    for_each_block(n, [&](Index first, int count) {
+        Sample gain[BLOCK];
+        luma_gain(green + first, s.luma_target, gain, count);
+        gained_weight(spread + first, gain, s.edge, weight + first, count);
+    });
 }
 
 } // namespace cfa::CFA_ROWS

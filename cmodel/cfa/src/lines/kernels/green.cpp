@@ -38,10 +38,28 @@ constexpr Sample sharpened(Sample hp, Sample weight) {
     return WIDE ? (weight * hp) >> 5 : upper_half(weight << 7, hp << 4);
 }
 
-} // namespace
+CFA_KERNEL void ratio_indices(Sight<2> raw, Sample *h, Sample *v, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i) {
+        const auto P = raw.at(i);
+        const Sample h_pair = P(0, -1) + P(0, 1);
+        const Sample v_pair = P(-1, 0) + P(1, 0);
+        const Sample h_own = static_cast<Sample>(2 * P(0, 0) + P(0, -2) + P(0, 2)) >> 2;
+        const Sample v_own = static_cast<Sample>(2 * P(0, 0) + P(-2, 0) + P(2, 0)) >> 2;
+        h[i] = ratio_index(h_pair >> 1, h_own);
+        v[i] = ratio_index(v_pair >> 1, v_own);
+    }
+}
 
-CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, SharpeningTable table,
-                              Sample *candidate_h, Sample *candidate_v, int n) {
+CFA_KERNEL void look_up_weights(SharpeningTable table, Sample *index, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        index[i] = sharpening_weight(table, index[i]);
+}
+
+CFA_KERNEL void candidates(Sight<2> raw, const Sample *h_weight, const Sample *v_weight, const Sample *lh,
+                           const Sample *lv, Sample activity_limit, Sample *candidate_h, Sample *candidate_v,
+                           int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
@@ -53,15 +71,11 @@ CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, 
         const Sample v_lp = static_cast<Sample>(v_pair + 1) >> 1;
         const Sample h_hp = static_cast<Sample>(2 * P(0, 0) - h_ends) >> 2; // -2048..2047
         const Sample v_hp = static_cast<Sample>(2 * P(0, 0) - v_ends) >> 2;
-        const Sample h_own = static_cast<Sample>(2 * P(0, 0) + h_ends) >> 2;
-        const Sample v_own = static_cast<Sample>(2 * P(0, 0) + v_ends) >> 2;
 
         // Unsharpened the correction is hp itself.
-        const Sample h_weight = sharpening_weight(table, ratio_index(h_pair >> 1, h_own));
-        const Sample v_weight = sharpening_weight(table, ratio_index(v_pair >> 1, v_own));
-        const Sample sharpens = -(largest(lh[i], lv[i]) < table.activity_limit);
-        const Sample h_fix = select_by(sharpens, sharpened(h_hp, h_weight), h_hp);
-        const Sample v_fix = select_by(sharpens, sharpened(v_hp, v_weight), v_hp);
+        const Sample sharpens = -(largest(lh[i], lv[i]) < activity_limit);
+        const Sample h_fix = select_by(sharpens, sharpened(h_hp, h_weight[i]), h_hp);
+        const Sample v_fix = select_by(sharpens, sharpened(v_hp, v_weight[i]), v_hp);
         const Sample h = limited12(static_cast<Sample>(h_lp + h_fix));
         const Sample v = limited12(static_cast<Sample>(v_lp + v_fix));
 
@@ -77,6 +91,21 @@ CFA_KERNEL void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, 
         candidate_h[i] = least(max, largest(min, h));
         candidate_v[i] = least(max, largest(min, v));
     }
+}
+
+} // namespace
+
+void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, SharpeningTable table,
+                   Sample *candidate_h, Sample *candidate_v, int n) {
+    for_each_block(n, [&](Index first, int count) {
+        const Sight<2> there = raw.from(first);
+        Sample h_weight[BLOCK], v_weight[BLOCK];
+        ratio_indices(there, h_weight, v_weight, count);
+        look_up_weights(table, h_weight, count);
+        look_up_weights(table, v_weight, count);
+        candidates(there, h_weight, v_weight, lh + first, lv + first, table.activity_limit,
+                   candidate_h + first, candidate_v + first, count);
+    });
 }
 
 } // namespace cfa::CFA_ROWS

@@ -139,13 +139,20 @@ struct Curve {
 
 /// Registers of the luma-moire stage.
 struct LumaMoireSettings {
-    int32_t red_blue_mask; // all ones or 0: whether red and blue count in the detail
+    bool all_colors; // red and blue count in the detail, not green alone
     int32_t noise;
     Curve detail, edge, output; // slopes with 6 fractional bits
-    int32_t lpf_w, dc_w;        // of 256
+    Sample lpf_w, dc_w;         // of 256
+};
+/// A low-passed maximum and minimum, and their difference.
+struct Range {
+    const Sample *max, *min;
+
+    constexpr Sample at(Index i) const { return static_cast<Sample>(max[i] - min[i]); }
+    constexpr Range from(Index first) const { return {max + first, min + first}; }
 };
 struct ThreeRanges {
-    const Sample *max[3], *min[3]; // low-passed; green is 1
+    Range of[3]; // green is 1; red and blue are read where all colours count
 };
 /// The four steps between five green predictions in a line, 0..16380.
 void sum_of_steps(FiveSamples green, Sample *sum, int n);
@@ -213,7 +220,7 @@ struct SharpenSettings {
     Sample threshold_hf, threshold_mf;
     int32_t weight_hf, weight_mf; // of 128
     int32_t min_y, min_gain, max_gain;
-    int32_t gain; // of 32
+    Sample gain; // of 32
 };
 /// Cored detail, +-4095, and the rgb luma that the gain is normalised by.
 void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sample *green, const Sample *blue,

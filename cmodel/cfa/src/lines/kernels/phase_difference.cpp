@@ -5,13 +5,15 @@ namespace cfa::CFA_ROWS {
 
 namespace {
 
-// Taps 1 -4 6 -4 1 over samples of +-16380; magnitude in units of 16, rounded, 0..4095.
+// Taps 1 -4 6 -4 1 over samples of +-8190; magnitude in units of 16, rounded, 0..4095. The sum is taken in
+// units of 4, which fit 16 bits: the part a + 2 c + e that these cut counts for a negative sum, whose
+// magnitude they would round up.
 constexpr Sample fourth_difference(Sample a, Sample b, Sample c, Sample d, Sample e) {
-    const Sample far = static_cast<Sample>(a + e); // pairs fit 16 bits
-    const Sample near = static_cast<Sample>(b + d);
-    const int32_t sum = far - 4 * int32_t{near} + 6 * int32_t{c};
-    const int32_t magnitude = sum < 0 ? -sum : sum;
-    return static_cast<Sample>(least32(4095, (magnitude + 8) >> 4));
+    const Sample part = a + 2 * c + e;                // +-32760
+    const Sample quarter = (part >> 2) + c - (b + d); // +-32760
+    const Sample cut = -((part & 3) != 0);
+    const Sample size = quarter < 0 ? cut - quarter : quarter;
+    return least(4095, static_cast<Sample>(size + 2) >> 2);
 }
 
 } // namespace

@@ -21,6 +21,16 @@ constexpr Sample weighted_q8(Sample a, Sample weight) {
     return WIDE ? (a * weight + 128) >> 8 : rounded_product(a << 3, weight << 4);
 }
 
+/// (a * gain + 16) >> 5 for a of 0..4095 and a gain u8.
+constexpr Sample scaled_q5(Sample a, Sample gain) {
+    return WIDE ? (a * gain + 16) >> 5 : rounded_product(a << 3, gain << 7);
+}
+
+/// ((256 - weight) * a + weight * b + 128) >> 8 for samples u12 and a weight u8.
+constexpr Sample blend_q8(Sample a, Sample b, Sample weight) {
+    return WIDE ? ((a << 8) + (b - a) * weight + 128) >> 8 : a + weighted_q8(b - a, weight);
+}
+
 /// (a * weight) >> 12 for a weight u12: 12 bits in the lower half and 4 of the shifts before.
 constexpr Sample weighted_q12(Sample a, Sample weight) {
     return WIDE ? (a * weight) >> 12 : upper_half(a << 3, weight << 1);

@@ -1,4 +1,5 @@
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/products.h"
 #include "cmodel/cfa/src/lines/kernels/reciprocal.h"
 
 namespace cfa::CFA_ROWS {
@@ -47,22 +48,40 @@ CFA_KERNEL void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sam
     }
 }
 
-CFA_KERNEL void sharpen_gain(const Sample *detail, const Sample *luma, SharpenSettings s, Sample *gain,
-                             int n) {
+namespace {
+
+CFA_KERNEL void inverse_luma(const Sample *luma, int32_t min_y, int32_t *inverse, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        inverse[i] = reciprocal(largest32(luma[i], min_y));
+}
+
+CFA_KERNEL void gain_of(const Sample *detail, const int32_t *inverse, SharpenSettings s, Sample *gain,
+                        int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
-        const int32_t y = largest32(luma[i], s.min_y);
-        const int32_t g = limited12(((detail[i] * reciprocal(y)) >> 5) + 1024); // Q10
+        const int32_t g = limited12(((detail[i] * inverse[i]) >> 5) + 1024); // Q10
         gain[i] = static_cast<Sample>(least32(largest32(g, s.min_gain), s.max_gain));
     }
+}
+
+} // namespace
+
+void sharpen_gain(const Sample *detail, const Sample *luma, SharpenSettings s, Sample *gain, int n) {
+    for_each_block(n, [&](Index first, int count) {
+        int32_t inverse[BLOCK];
+        inverse_luma(luma + first, s.min_y, inverse, count);
+        gain_of(detail + first, inverse, s, gain + first, count);
+    });
 }
 
 CFA_KERNEL void add_detail(const Sample *detail, SharpenSettings s, Sample *color, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
-        const int32_t size = (magnitude(detail[i]) * s.gain + 16) >> 5; // at least 0: shifts as it divides
-        const int32_t change = detail[i] < 0 ? -size : size;
-        color[i] = static_cast<Sample>(limited12(color[i] + change));
+        const Sample size = scaled_q5(distance(detail[i], 0), s.gain); // at least 0: shifts as it divides
+        const Sample enough = WIDE ? size : least(size, 4095); // no u12 colour changes by more
+        const Sample change = detail[i] < 0 ? -enough : enough;
+        color[i] = limited12(static_cast<Sample>(color[i] + change));
     }
 }
 
