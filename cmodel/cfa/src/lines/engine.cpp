@@ -34,7 +34,8 @@ void LineEngine::run() {
         {&E::average,                  2, nullptr},                // raw +-2
         {&E::predict_greens,           2, nullptr},                // raw +-2
         {&E::find_largest,             2, nullptr},                // raw +-2
-        {&E::find_extremes,            2, &S::luma_moire},         // raw +-2, green_v
+        {&E::find_green_extremes,      2, &S::luma_moire},         // raw +-2, green_v
+        {&E::find_color_extremes,      2, &S::color_ranges},       // raw +-2
         {&E::measure_rows,             2, &S::color_moire},         // green_h
         {&E::predict_colors,           3, nullptr},                // raw, difference +-1
         {&E::measure_green_distances,  3, &S::uses_variance},      // raw +-1, distance_h

@@ -30,7 +30,8 @@ class LineEngine {
     // The stages, in the order of the schedule (engine.cpp). Each computes row y of its planes.
     void average(int y);
     void predict_greens(int y);
-    void find_extremes(int y);
+    void find_green_extremes(int y);
+    void find_color_extremes(int y);
     void find_largest(int y);
     void measure_rows(int y);
     void predict_colors(int y);

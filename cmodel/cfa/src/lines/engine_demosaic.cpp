@@ -31,7 +31,9 @@ void LineEngine::predict_greens(int y) {
 
     activity_at_red_blue(mosaic, activity_h_.write(y, color), activity_v_.write(y, color), n_);
     activity_at_green(sight<2>(raw_, y, green), activity_h_.write(y, green), activity_v_.write(y, green), n_);
-    sharpen_green(mosaic, activity_h_.half(y, color), activity_v_.half(y, color), settings_.sharpening,
+    const Extremes range{extreme_max_[1].write(y, color), extreme_min_[1].write(y, color)};
+    green_extremes_at_red_blue(mosaic, range, n_);
+    sharpen_green(mosaic, activity_h_.half(y, color), activity_v_.half(y, color), range, settings_.sharpening,
                   candidate_h_.write(y, color), candidate_v_.write(y, color), n_);
 }
 

@@ -3,7 +3,17 @@
 
 namespace cfa::CFA_ROWS {
 
-void LineEngine::find_extremes(int y) {
+void LineEngine::find_green_extremes(int y) {
+    const int g = 1 - color_parity(y); // at red/blue sites they have limited the candidates already
+    green_extremes_at_green(sight<2>(raw_, y, g), {extreme_max_[1].write(y, g), extreme_min_[1].write(y, g)},
+                            n_);
+    extreme_max_[1].mirror(y);
+    extreme_min_[1].mirror(y);
+    for (int parity = 0; parity < 2; ++parity)
+        sum_of_steps(along_row(green_v_, y, parity), row_steps_.write(y, parity), n_);
+}
+
+void LineEngine::find_color_extremes(int y) {
     const int c = color_parity(y);
     const int g = 1 - c;
     const int own = own_color(y) == 0 ? 0 : 2;
@@ -11,11 +21,9 @@ void LineEngine::find_extremes(int y) {
     const auto extremes = [&](int channel, int parity) {
         return Extremes{extreme_max_[channel].write(y, parity), extreme_min_[channel].write(y, parity)};
     };
-    extremes_at_red_blue(sight<2>(raw_, y, c), extremes(own, c), extremes(1, c), extremes(other, c), n_);
-    extremes_at_green(sight<2>(raw_, y, g), extremes(own, g), extremes(1, g), extremes(other, g), n_);
-    for (int parity = 0; parity < 2; ++parity)
-        sum_of_steps(along_row(green_v_, y, parity), row_steps_.write(y, parity), n_);
-    for (int k = 0; k < 3; ++k) {
+    color_extremes_at_red_blue(sight<2>(raw_, y, c), extremes(own, c), extremes(other, c), n_);
+    color_extremes_at_green(sight<2>(raw_, y, g), extremes(own, g), extremes(other, g), n_);
+    for (const int k : {0, 2}) {
         extreme_max_[k].mirror(y);
         extreme_min_[k].mirror(y);
     }
@@ -28,7 +36,7 @@ void LineEngine::weigh_luma_moire(int y) {
     for (int parity = 0; parity < 2; ++parity) {
         ThreeRanges ranges{};
         for (const int k : {0, 1, 2}) {
-            if (k != 1 && !settings_.luma.all_colors)
+            if (k != 1 && !settings_.color_ranges)
                 continue;
             Sample *const max = range_rows_[k].write(0, parity);
             Sample *const min = range_rows_[3 + k].write(0, parity);
@@ -83,6 +91,8 @@ void LineEngine::weigh_color_moire(int y) {
         const Sample *const green = average_[1].half(y, parity);
         color_distance_weight(average_[0].half(y, parity), green, average_[2].half(y, parity),
                               settings_.color_distance, color_distance_.write(y, parity), n_);
+        const auto directional_spread =
+            parity == color_parity(y) ? directional_spread_at_red_blue : directional_spread_at_green;
         directional_spread(sight<2>(green_h_, y, parity), sight<2>(green_v_, y, parity),
                            along_row(column_sum_, 0, parity), along_column(row_sum_, y, parity),
                            settings_.directional, spread_.write(0, parity), n_);

@@ -47,6 +47,7 @@ void read_luma_moire(EngineSettings &s) {
     const auto &r = registers();
     s.luma_moire = r.reg_cfa_ymoire_enable == 1;
     s.luma.all_colors = r.reg_cfa_ymoire_ref_maxg_only != 1;
+    s.color_ranges = s.luma_moire && s.luma.all_colors;
     s.luma.noise = r.reg_cfa_ymoire_np;
     const LumaMoireCurves curves = luma_moire_curves();
     s.luma.detail = curve(curves.detail);
@@ -64,21 +65,14 @@ DirectionalKernels directional_kernels() {
     k.line1 = c(d0[1]);
     k.line2 = c(d0[2]);
     k.line_constant = 20475 * (d0[1] + d0[2]);
-    k.c0 = c(d45[0]);
-    k.c3 = c(d45[3]);
-    k.c5 = c(d45[5]);
-    k.c6 = c(d45[6]);
-    k.c7 = c(d45[7]);
-    k.c8 = c(d45[8]);
-    k.twice0 = c(2 * d45[0]);
-    k.twice3 = c(2 * d45[3]);
-    k.twice6 = c(2 * d45[6]);
-    k.sum15 = c(d45[1] + d45[5]);
-    k.sum28 = c(d45[2] + d45[8]);
-    k.sum47 = c(d45[4] + d45[7]);
-    k.difference15 = c(d45[1] - d45[5]);
-    k.difference28 = c(d45[2] - d45[8]);
-    k.difference47 = c(d45[4] - d45[7]);
+    const auto shared = [&](int32_t v) { return c(WIDE ? v : 2 * v); };
+    const auto swapped = [&](int32_t a, int32_t b) { return SwappedPair{c(b), c(a + b), c(a - b)}; };
+    k.c0 = shared(d45[0]);
+    k.c3 = shared(d45[3]);
+    k.c6 = shared(d45[6]);
+    k.c15 = swapped(d45[1], d45[5]);
+    k.c28 = swapped(d45[2], d45[8]);
+    k.c47 = swapped(d45[4], d45[7]);
     return k;
 }
 

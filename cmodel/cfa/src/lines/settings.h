@@ -19,6 +19,7 @@ struct EngineSettings {
     bool uses_variance;      // forced to one candidate, nobody reads it
 
     bool luma_moire;
+    bool color_ranges; // red and blue count in its detail
     LumaMoireSettings luma;
     bool color_moire;
     ColorDistanceSettings color_distance;

@@ -32,14 +32,10 @@ CFA_KERNEL void largest_of_window(FiveSamples of_three, FiveSamples of_five, Sam
 
 // The sample groups are those of the prediction stage: plus, diagonal, cross and
 // knight; rows and columns of six.
-CFA_KERNEL void extremes_at_red_blue(Sight<2> raw, Extremes own, Extremes green, Extremes diagonal, int n) {
+CFA_KERNEL void green_extremes_at_red_blue(Sight<2> raw, Extremes green, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
-        own.max[i] = largest(most(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
-        own.min[i] = least(fewest(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
-        diagonal.max[i] = most(P(-1, -1), P(-1, 1), P(1, -1), P(1, 1));
-        diagonal.min[i] = fewest(P(-1, -1), P(-1, 1), P(1, -1), P(1, 1));
         const Sample cross_max = most(P(0, -1), P(0, 1), P(-1, 0), P(1, 0));
         const Sample cross_min = fewest(P(0, -1), P(0, 1), P(-1, 0), P(1, 0));
         const Sample side_max = most(P(-1, -2), P(-1, 2), P(1, -2), P(1, 2));
@@ -51,8 +47,7 @@ CFA_KERNEL void extremes_at_red_blue(Sight<2> raw, Extremes own, Extremes green,
     }
 }
 
-CFA_KERNEL void extremes_at_green(Sight<2> raw, Extremes along_row, Extremes green, Extremes along_column,
-                                  int n) {
+CFA_KERNEL void green_extremes_at_green(Sight<2> raw, Extremes green, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
@@ -60,6 +55,24 @@ CFA_KERNEL void extremes_at_green(Sight<2> raw, Extremes along_row, Extremes gre
         const Sample plus_min = least(fewest(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
         green.max[i] = largest(plus_max, most(P(-1, -1), P(-1, 1), P(1, -1), P(1, 1)));
         green.min[i] = least(plus_min, fewest(P(-1, -1), P(-1, 1), P(1, -1), P(1, 1)));
+    }
+}
+
+CFA_KERNEL void color_extremes_at_red_blue(Sight<2> raw, Extremes own, Extremes diagonal, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i) {
+        const auto P = raw.at(i);
+        own.max[i] = largest(most(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
+        own.min[i] = least(fewest(P(-2, 0), P(0, -2), P(0, 2), P(2, 0)), P(0, 0));
+        diagonal.max[i] = most(P(-1, -1), P(-1, 1), P(1, -1), P(1, 1));
+        diagonal.min[i] = fewest(P(-1, -1), P(-1, 1), P(1, -1), P(1, 1));
+    }
+}
+
+CFA_KERNEL void color_extremes_at_green(Sight<2> raw, Extremes along_row, Extremes along_column, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i) {
+        const auto P = raw.at(i);
         along_row.max[i] = largest(most(P(-2, -1), P(-2, 1), P(2, -1), P(2, 1)), largest(P(0, -1), P(0, 1)));
         along_row.min[i] = least(fewest(P(-2, -1), P(-2, 1), P(2, -1), P(2, 1)), least(P(0, -1), P(0, 1)));
         along_column.max[i] =

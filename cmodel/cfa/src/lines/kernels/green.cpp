@@ -58,8 +58,8 @@ CFA_KERNEL void look_up_weights(SharpeningTable table, Sample *index, int n) {
 }
 
 CFA_KERNEL void candidates(Sight<2> raw, const Sample *h_weight, const Sample *v_weight, const Sample *lh,
-                           const Sample *lv, Sample activity_limit, Sample *candidate_h, Sample *candidate_v,
-                           int n) {
+                           const Sample *lv, Extremes green, Sample activity_limit, Sample *candidate_h,
+                           Sample *candidate_v, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
         const auto P = raw.at(i);
@@ -79,23 +79,14 @@ CFA_KERNEL void candidates(Sight<2> raw, const Sample *h_weight, const Sample *v
         const Sample h = limited12(static_cast<Sample>(h_lp + h_fix));
         const Sample v = limited12(static_cast<Sample>(v_lp + v_fix));
 
-        // Range of the twelve greens around the site: cross and knight.
-        const Sample near_max = largest(largest(P(0, -1), P(0, 1)), largest(P(-1, 0), P(1, 0)));
-        const Sample near_min = least(least(P(0, -1), P(0, 1)), least(P(-1, 0), P(1, 0)));
-        const Sample side_max = largest(largest(P(-1, -2), P(-1, 2)), largest(P(1, -2), P(1, 2)));
-        const Sample side_min = least(least(P(-1, -2), P(-1, 2)), least(P(1, -2), P(1, 2)));
-        const Sample end_max = largest(largest(P(-2, -1), P(-2, 1)), largest(P(2, -1), P(2, 1)));
-        const Sample end_min = least(least(P(-2, -1), P(-2, 1)), least(P(2, -1), P(2, 1)));
-        const Sample max = largest(near_max, largest(side_max, end_max));
-        const Sample min = least(near_min, least(side_min, end_min));
-        candidate_h[i] = least(max, largest(min, h));
-        candidate_v[i] = least(max, largest(min, v));
+        candidate_h[i] = least(green.max[i], largest(green.min[i], h));
+        candidate_v[i] = least(green.max[i], largest(green.min[i], v));
     }
 }
 
 } // namespace
 
-void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, SharpeningTable table,
+void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, Extremes green, SharpeningTable table,
                    Sample *candidate_h, Sample *candidate_v, int n) {
     for_each_block(n, [&](Index first, int count) {
         const Sight<2> there = raw.from(first);
@@ -103,8 +94,8 @@ void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, SharpeningT
         ratio_indices(there, h_weight, v_weight, count);
         look_up_weights(table, h_weight, count);
         look_up_weights(table, v_weight, count);
-        candidates(there, h_weight, v_weight, lh + first, lv + first, table.activity_limit,
-                   candidate_h + first, candidate_v + first, count);
+        candidates(there, h_weight, v_weight, lh + first, lv + first, {green.max + first, green.min + first},
+                   table.activity_limit, candidate_h + first, candidate_v + first, count);
     });
 }
 

@@ -36,8 +36,10 @@ void largest_of_window(FiveSamples of_three, FiveSamples of_five, Sample *out, i
 struct Extremes {
     Sample *max, *min;
 };
-void extremes_at_red_blue(Sight<2> raw, Extremes own, Extremes green, Extremes diagonal, int n);
-void extremes_at_green(Sight<2> raw, Extremes along_row, Extremes green, Extremes along_column, int n);
+void green_extremes_at_red_blue(Sight<2> raw, Extremes green, int n);
+void green_extremes_at_green(Sight<2> raw, Extremes green, int n);
+void color_extremes_at_red_blue(Sight<2> raw, Extremes own, Extremes diagonal, int n);
+void color_extremes_at_green(Sight<2> raw, Extremes along_row, Extremes along_column, int n);
 
 /// Activity along rows and columns, 0..20475.
 void activity_at_red_blue(Sight<2> raw, Sample *lh, Sample *lv, int n);
@@ -49,7 +51,7 @@ struct SharpeningTable {
     Sample activity_limit; // sharpening applies below it
 };
 /// The two green candidates at red/blue sites, sharpened and limited to the local green range, u12.
-void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, SharpeningTable table,
+void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, Extremes green, SharpeningTable table,
                    Sample *candidate_h, Sample *candidate_v, int n);
 
 /// Variance at green sites, 0..131071, along the five samples of a line through the site (row or column).
@@ -180,20 +182,24 @@ void color_distance_weight(const Sample *red, const Sample *green, const Sample 
 /// Sums of five green predictions along the row or down the column, 0..20475.
 void sum_of_five(FiveSamples green, Sample *sum, int n);
 
-/// The two 5 x 5 kernels, their coefficients s13 combined as the responses need them.
+/// The coefficients a and b, s13, of two groups of samples that the diagonal kernels swap.
+struct SwappedPair {
+    Sample b, sum, difference; // a + b, a - b
+};
+/// The two 5 x 5 kernels.
 struct DirectionalKernels {
     Sample line0, line1, line2; // 0 and 90 degrees: centre line, next, outer
     int32_t line_constant;      // 20475 * (line1 + line2)
-    Sample c0, c3, c5, c6, c7, c8;
-    Sample twice0, twice3, twice6;
-    Sample sum15, sum28, sum47;                      // c1 + c5 and so on
-    Sample difference15, difference28, difference47; // c1 - c5 and so on
+    Sample c0, c3, c6;          // on narrow rows doubled
+    SwappedPair c15, c28, c47;
 };
 /// Spread of the four directional responses over 5 x 5 green predictions, 0..16380.
 ///   columns  column sums of green_v along the row
 ///   rows     row sums of green_h down the column
-void directional_spread(Sight<2> green_h, Sight<2> green_v, FiveSamples columns, FiveSamples rows,
-                        DirectionalKernels kernels, Sample *spread, int n);
+void directional_spread_at_red_blue(Sight<2> green_h, Sight<2> green_v, FiveSamples columns, FiveSamples rows,
+                                    DirectionalKernels kernels, Sample *spread, int n);
+void directional_spread_at_green(Sight<2> green_h, Sight<2> green_v, FiveSamples columns, FiveSamples rows,
+                                 DirectionalKernels kernels, Sample *spread, int n);
 struct EdgeWeightSettings {
     int32_t luma_target; // 0: no gain
     Curve edge;

@@ -79,7 +79,7 @@ CFA_KERNEL void add_detail(const Sample *detail, SharpenSettings s, Sample *colo
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
         const Sample size = scaled_q5(distance(detail[i], 0), s.gain); // at least 0: shifts as it divides
-        const Sample enough = WIDE ? size : least(size, 4095); // no u12 colour changes by more
+        const Sample enough = WIDE ? size : least(size, 4095);         // no u12 colour changes by more
         const Sample change = detail[i] < 0 ? -enough : enough;
         color[i] = limited12(static_cast<Sample>(color[i] + change));
     }
