@@ -106,17 +106,17 @@ def operators(code, products):
 
 def limits(code):
     defined = r"(?<!Sample )(?<!int32_t )"
-    for match in re.finditer(defined + r"\b(std::)?(min|max|least|largest)(32)?\b *\((?=.)", code):
+    for match in re.finditer(defined + r"\b(std::)?(min|max|least|largest)(32|_wide)?\b *\((?=.)", code):
         if match[2] in ("min", "max") and not match[1]:
             continue
         smaller = match[2] in ("min", "least")
         other = {"min": "max", "max": "min", "least": "largest", "largest": "least"}[match[2]]
         wraps = smaller and re.search(r"^\d+5, |, \d+5$", code[match.end():closing(code, match.end() - 1)]) # 255, 4095
-        width = "" if match[1] else "<int32_t>" if match[3] else "<Sample>"
+        width = "" if match[1] else "<int32_t>" if match[3] == "32" else "<Sample>"
         name = match[0].rstrip("( ")
         yield Place(match.start(), match.start() + len(name), f"fault::{'least' if smaller else 'largest'}{width}", "limit", [])
         yield Place(match.end(), match.end(), "#, ", "limit", [f"{name} -> {other}"] + [f"{name} -> &"] * bool(wraps))
-    for match in re.finditer(defined + r"\b(clip12|clip_sig|limited12|limited_sig)\(", code):
+    for match in re.finditer(defined + r"\b(clip12|clip_sig|limited12|limited12_wide|limited_sig)\(", code):
         largest = 131071 if "sig" in match[1] else 4095
         yield Place(*match.span(), f"fault::limited(#, [](auto v) {{ return {match[0]}v); }}, {largest}, ", "limit",
                     [f"{match[1]} -> & {largest}", f"{match[1]} dropped"])

@@ -70,7 +70,7 @@ constexpr Sample spread_of(const Diagonals &h, const Diagonals &v, int32_t s0, i
     const Sample e135 = response((v.falling() + h.falling()) >> (WIDE ? 13 : 14));
     const Sample sum = e45 + e135 + e0 + e90;
     const Sample mean = sum >> 2;
-    return gap(e45, mean) + gap(e135, mean) + gap(e0, mean) + gap(e90, mean);
+    return distance(e45, mean) + distance(e135, mean) + distance(e0, mean) + distance(e90, mean);
 }
 
 } // namespace

@@ -7,8 +7,8 @@ namespace cfa::CFA_ROWS {
 CFA_KERNEL void sum_of_steps(FiveSamples green, Sample *sum, int n) {
     CFA_LOOP
     for (Index i = 0; i < n; ++i)
-        sum[i] = gap(green.at[0][i], green.at[1][i]) + gap(green.at[1][i], green.at[2][i]) +
-                 gap(green.at[2][i], green.at[3][i]) + gap(green.at[3][i], green.at[4][i]);
+        sum[i] = distance(green.at[0][i], green.at[1][i]) + distance(green.at[1][i], green.at[2][i]) +
+                 distance(green.at[2][i], green.at[3][i]) + distance(green.at[3][i], green.at[4][i]);
 }
 
 CFA_KERNEL void gradient_sum(FiveSamples columns, FiveSamples rows, int32_t *out, int n) {

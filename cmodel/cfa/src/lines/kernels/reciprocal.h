@@ -21,14 +21,13 @@ inline int32_t reciprocal_below_2048(int32_t x) {
 /// get_inv(x) for every x.
 inline int32_t reciprocal(int32_t x) {
     const int32_t positive = largest32(x, 1);
-    const bool interpolated = positive >= 256 && positive < 2048;
+    const bool interpolated = static_cast<uint32_t>(positive - 256) < 2048 - 256;
     const int32_t t = select32(interpolated, positive & 7, 0);
     const float b0 = static_cast<float>(positive - t);
     const int32_t y0 = static_cast<int32_t>(32768.0f / b0);
     const int32_t y1 = static_cast<int32_t>(32768.0f / (b0 + 8.0f));
     const int32_t y = (8 * y0 + t * (y1 - y0) + 4) >> 3;
-    const int32_t highest = select32(positive >= 2048, 15, 32768); // 2048 itself is 15, not 16
-    return largest32(least32(y, highest), 9);
+    return largest32(y - int32_t{positive == 2048}, 9); // Kept: 2048 itself is 15, not 16
 }
 
 } // namespace cfa

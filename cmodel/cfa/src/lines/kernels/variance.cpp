@@ -22,14 +22,14 @@ CFA_KERNEL void variance_at_green(FiveSamples red, FiveSamples blue, FiveSamples
         const Sample blue_sum =
             blue_d.at[0][i] + blue_d.at[1][i] + blue_d.at[2][i] + blue_d.at[3][i] + blue_d.at[4][i];
         const auto spread = [&](int k) {
-            const Sample r = gap(red_sum, static_cast<Sample>(red_d.at[k][i] * 5));
-            const Sample b = gap(blue_sum, static_cast<Sample>(blue_d.at[k][i] * 5));
+            const Sample r = distance(red_sum, static_cast<Sample>(red_d.at[k][i] * 5));
+            const Sample b = distance(blue_sum, static_cast<Sample>(blue_d.at[k][i] * 5));
             const Sum pair = r + b; // up to 32760
             return static_cast<Sum>(pair >> 1);
         };
         const auto step = [&](int k) {
-            const Sample r = gap(red.at[k][i], red.at[k + 1][i]);
-            const Sample b = gap(blue.at[k][i], blue.at[k + 1][i]);
+            const Sample r = distance(red.at[k][i], red.at[k + 1][i]);
+            const Sample b = distance(blue.at[k][i], blue.at[k + 1][i]);
             const Sample pair = r + b;
             return static_cast<Sum>(pair >> 1);
         };
@@ -60,7 +60,7 @@ CFA_KERNEL void outer_spread(const Sample *before, const Sample *centre, const S
     CFA_LOOP
     for (Index i = 0; i < n; ++i) {
         const Sample sum = before[i] + centre[i] + behind[i];
-        const auto spread = [sum](Sample d) { return gap(sum, static_cast<Sample>(d * 3)); };
+        const auto spread = [sum](Sample d) { return distance(sum, static_cast<Sample>(d * 3)); };
         out[i] = spread(before[i]) + spread(centre[i]) + spread(behind[i]);
     }
 }
@@ -71,7 +71,7 @@ CFA_KERNEL void variance_at_red_blue(FiveSamples centre, const Sample *outer_bef
     for (Index i = 0; i < n; ++i) {
         const Sample sum =
             centre.at[0][i] + centre.at[1][i] + centre.at[2][i] + centre.at[3][i] + centre.at[4][i];
-        const auto spread = [&](int k) { return gap(sum, static_cast<Sample>(centre.at[k][i] * 5)); };
+        const auto spread = [&](int k) { return distance(sum, static_cast<Sample>(centre.at[k][i] * 5)); };
         // Weights 1 4 8 4 1 on the centre line, 1 on the outer ones.
         const Sum ones = spread(0) + spread(4); // up to 32760
         const Sum fours = spread(1) + spread(3);
