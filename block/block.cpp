@@ -6,6 +6,7 @@
 #include "cmodel/cfa/src/cfa_model.h"
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/conditions.h"
+#include "cmodel/cfa/src/lines/kernels/plane_words.h"
 #include "cmodel/cfa/src/lines/rows.h"
 
 namespace cfa {
@@ -64,25 +65,63 @@ KeptPlanes::KeptPlanes(std::string_view names) {
     }
 }
 
-void KeptPlanes::take(const PlaneInfo &info, const FRAME *plane) {
-    if (std::find(wanted_.begin(), wanted_.end(), &info) == wanted_.end())
-        return;
-    const size_t samples = static_cast<size_t>(plane->width) * plane->height * plane->channels;
-    auto copy = std::make_unique_for_overwrite<int32_t[]>(samples);
-    std::transform(plane->data, plane->data + samples, copy.get(),
-                   [](uint32_t v) { return static_cast<int32_t>(v); });
-    kept_.push_back({&info, plane->width, plane->height, std::move(copy)});
+bool KeptPlanes::wants(const PlaneInfo &plane) const {
+    return std::find(wanted_.begin(), wanted_.end(), &plane) != wanted_.end();
+}
+
+void KeptPlanes::make_room(uint32_t width, uint32_t height) {
+    std::vector<Kept> before = std::move(kept_);
+    kept_.clear();
+    for (const PlaneInfo &plane : planes()) {
+        if (!wants(plane) || !is_made(plane))
+            continue;
+        const auto same = std::find_if(before.begin(), before.end(), [&](const Kept &old) {
+            return old.info == &plane && old.width == width && old.height == height;
+        });
+        const size_t samples = static_cast<size_t>(width) * height * static_cast<size_t>(plane.channels);
+        kept_.push_back(
+            {&plane, width, height,
+             same != before.end() ? std::move(same->memory) : make_large_buffer(samples * sizeof(int32_t))});
+    }
+}
+
+int32_t *KeptPlanes::room_of(const PlaneInfo &plane) const {
+    for (const Kept &kept : kept_)
+        if (kept.info == &plane)
+            return kept.samples();
+    return nullptr;
+}
+
+void KeptPlanes::take(const PlaneInfo &plane, const FRAME *frame) {
+    const size_t samples = static_cast<size_t>(frame->width) * frame->height * frame->channels;
+    if (int32_t *const room = room_of(plane))
+        std::transform(frame->data, frame->data + samples, room,
+                       [](uint32_t v) { return static_cast<int32_t>(v); });
+}
+
+void KeptPlanes::row(const PlaneInfo &plane, int y, const SplitRow<int16_t> *channels) {
+    keep_row(plane, y, channels);
+}
+void KeptPlanes::row(const PlaneInfo &plane, int y, const SplitRow<int32_t> *channels) {
+    keep_row(plane, y, channels);
+}
+
+template <class T> void KeptPlanes::keep_row(const PlaneInfo &plane, int y, const SplitRow<T> *channels) {
+    const size_t width = kept_.front().width;
+    const size_t row = static_cast<size_t>(y) * width * static_cast<size_t>(plane.channels);
+    join_exact(channels, plane.channels, static_cast<int>(width), room_of(plane) + row);
 }
 
 const char *run_on_memory(const BlockRegisters &registers, KeptPlanes &planes, const Mosaic &mosaic,
                           const OutputLayouts &out) {
-    planes.forget();
     const BoundRegisters bound(registers.cfa, registers.top, planes.any() ? &planes : nullptr);
     if (registers.cfa.hw.reg_cfa_enable == 0) {
+        planes.forget();
         bypass(mosaic, out);
         return nullptr;
     }
     refuse_small_picture(mosaic.width, mosaic.height);
+    planes.make_room(mosaic.width, mosaic.height);
     const char *const reason = cfa_lines_excludes(mosaic.width, mosaic.height);
     if (reason != nullptr)
         run_model(mosaic, out);

@@ -12,6 +12,7 @@
 #include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+#include "cmodel/common/large_buffer.h"
 
 namespace cfa {
 
@@ -43,19 +44,32 @@ class KeptPlanes : public PlaneTaker {
     struct Kept {
         const PlaneInfo *info;
         uint32_t width, height;
-        std::unique_ptr<int32_t[]> samples;
+        LargeBuffer memory;
+
+        int32_t *samples() const { return reinterpret_cast<int32_t *>(memory.get()); }
     };
 
     /// Names with commas between, "*" for all. Throws CallError.
     explicit KeptPlanes(std::string_view names);
     bool any() const { return !wanted_.empty(); }
-    void take(const PlaneInfo &info, const FRAME *plane) override;
+
+    /// Makes room for the planes that a run with the registers in force makes of a picture of this size.
+    /// Memory of the run before serves again where it fits.
+    void make_room(uint32_t width, uint32_t height);
     void forget() { kept_.clear(); }
     const std::vector<Kept> &kept() const { return kept_; }
 
+    bool wants(const PlaneInfo &plane) const override;
+    void take(const PlaneInfo &plane, const FRAME *frame) override;
+    void row(const PlaneInfo &plane, int y, const SplitRow<int16_t> *channels) override;
+    void row(const PlaneInfo &plane, int y, const SplitRow<int32_t> *channels) override;
+
   private:
+    template <class T> void keep_row(const PlaneInfo &plane, int y, const SplitRow<T> *channels);
+    int32_t *room_of(const PlaneInfo &plane) const; // null: not kept
+
     std::vector<const PlaneInfo *> wanted_;
-    std::vector<Kept> kept_;
+    std::vector<Kept> kept_; // in pipeline order
 };
 
 /// Runs the block on a mosaic with these registers. Planes go to `planes` where it wants any. Returns why the

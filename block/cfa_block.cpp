@@ -101,7 +101,7 @@ template <class T> const T *element(const std::vector<T> &(*list)(), size_t inde
 void show_kept(cfa_block &block) {
     for (const KeptPlanes::Kept &plane : block.planes.kept()) {
         const size_t index = static_cast<size_t>(plane.info - planes().data());
-        block.shown.push_back({&plane_infos()[index], plane.samples.get(), plane.width, plane.height});
+        block.shown.push_back({&plane_infos()[index], plane.samples(), plane.width, plane.height});
     }
 }
 

@@ -82,10 +82,14 @@ std::string write_line(const char *path, int error) {
     return std::string("Unable to write file '") + path + "': " + std::strerror(error);
 }
 
-[[noreturn]] void write_error(int fd, const char *path, int error) {
+void empty(int fd) {
     if (is_type(fd, S_IFREG)) {
         [[maybe_unused]] const int ignored = ftruncate(fd, 0);
     }
+}
+
+[[noreturn]] void write_error(int fd, const char *path, int error) {
+    empty(fd);
     throw Error(Error::Kind::file, write_line(path, error));
 }
 
@@ -138,6 +142,10 @@ void cfa::image_write(std::FILE *stream, const char *path, const void *data, siz
         next += written;
         size -= static_cast<size_t>(written);
     }
+}
+
+void cfa::image_discard(ImageFile file) {
+    empty(fileno(file.get()));
 }
 
 void cfa::image_close_written(ImageFile file, const char *path) {

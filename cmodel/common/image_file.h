@@ -28,6 +28,9 @@ using ImageFile = std::unique_ptr<std::FILE, ImageFileCloser>;
 /// file is cut to length 0 first, so that it does not look finished.
 void image_write(std::FILE *stream, const char *path, const void *data, size_t size);
 
+/// Closes a file that was not written to its end, a regular one emptied.
+void image_discard(ImageFile file);
+
 /// CM_Fclose of a stream that was written to; a failure that the close reports is an Error as above.
 void image_close_written(ImageFile file, const char *path);
 

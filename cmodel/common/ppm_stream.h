@@ -72,6 +72,8 @@ class PpmWriter {
   public:
     /// Opens the file, waiting for it if need be, and writes the header. kind is '5' or '6'.
     PpmWriter(const char *path, char kind, uint32_t width, uint32_t height, uint32_t bit_depth);
+    /// A file that was not closed is emptied: it shall not look finished.
+    ~PpmWriter();
     PpmWriter(const PpmWriter &) = delete;
     PpmWriter &operator=(const PpmWriter &) = delete;
 

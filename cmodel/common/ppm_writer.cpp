@@ -52,6 +52,11 @@ PpmWriter::PpmWriter(const char *path, char kind, uint32_t width, uint32_t heigh
     filled_ = text.size();
 }
 
+PpmWriter::~PpmWriter() {
+    if (stream_)
+        image_discard(std::move(stream_));
+}
+
 void PpmWriter::write(const uint32_t *samples, size_t count) {
     const size_t size = static_cast<size_t>(sample_bytes_);
     while (count > 0) {

@@ -29,11 +29,15 @@ struct Equality {
 };
 
 /// Runs cfa_lines and cfa_model on what the seed gives. An engine that refuses must leave the outputs alone.
+/// By the seed, all planes, some of them, debug images are compared as well.
 Equality compare_engine_with_model(uint32_t seed, PictureSize size);
 
 /// The same at limits that random registers seldom meet: weights and details one step from their largest, odd
 /// slopes, variances at the change of their unit. Small pictures of strong contrasts.
 Equality compare_at_limits(uint32_t seed);
 
+/// What is compared beside the outputs: all planes, some of them, or the files of the debug folder.
+enum class Beside { nothing, planes, some_planes, images };
+
 /// The same on this mosaic with the registers as they stand.
-Equality compare_engine_with_model(const Plane &raw);
+Equality compare_engine_with_model(const Plane &raw, Beside beside = Beside::nothing);

@@ -147,3 +147,52 @@ TEST_CASE("descriptors closed or full, environment, working folder: pictures and
     check({});
     fs::current_path(here);
 }
+
+TEST_CASE("debug images in one place with another or an output, in FIFOs, behind links to nothing: as if one "
+          "after another; the order in which they are waited for") {
+    Job job(raw, ALL_STAGES);
+    job.args[DEBUG] = "1";
+    CHECK(job.run() == SILENT);
+    const auto want = job.pictures();
+    const auto image = [&](const std::string &name) {
+        return job.args[DEBUG_FOLDER] + "/dbg_img_" + name + ".ppm";
+    };
+    const std::string one = image("GH"), later = image("LV");
+    for (const std::string &to : {one, job.folder / "new"}) {
+        job.clear();
+        fs::remove(later);
+        fs::create_symlink(to, later);
+        CHECK(job.run() == SILENT);
+        CHECK((read_file(to) == want.at(later)));
+    }
+    job.clear();
+    fs::remove(later);
+    const std::string rgb = job.args[RGB];
+    job.args[RGB] = one;
+    CHECK(job.run() == SILENT);
+    CHECK((read_file(one) == want.at(rgb)));
+    job.clear();
+    Process piped([&] {
+        make_fifo(job, "dbg/dbg_img_LH.ppm"), make_fifo(job, "dbg/dbg_img_LV.ppm");
+        job.become_tool();
+    });
+    while (!fs::exists(later))
+        usleep(1000);
+    CHECK((read_file(image("LH")) == want.at(image("LH"))));
+    CHECK((read_file(later) == want.at(later)));
+    CHECK(piped.wait() == SILENT);
+    fs::remove(image("LH")), fs::remove(later);
+
+    for (const auto &[first, second] : {std::pair{"SigV", "AHDiff"}, {"afc_PD_WT", "afc_CDIST_WT"}}) {
+        job.clear();
+        fs::create_directory(image(first)), fs::create_directory(image(second));
+        check_waits(job, image(first));
+        fs::remove(image(first)), fs::remove(image(second));
+    }
+    job.args[RGB] = rgb;
+    const std::string cut = path_of_length(job.folder.path, 1020, 'c'); // all names are cut to "db"
+    fs::create_directory(cut);
+    job.args[DEBUG_FOLDER] = cut;
+    CHECK(job.run() == SILENT);
+    CHECK((read_file(cut + "/db") == want.at(job.folder / "dbg/dbg_sg_delta_core_4x_8b.ppm")));
+}

@@ -3,8 +3,10 @@
 #include <optional>
 
 #include "cmodel/cfa/src/cfa_hw.h"
+#include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/conditions.h"
+#include "cmodel/cfa/src/lines/debug_rows.h"
 #include "cmodel/common/ppm.h"
 
 namespace cfa {
@@ -13,11 +15,12 @@ namespace {
 
 // Whether all but the samples allows the line engine. What CM_NewFRAME refuses, the three-channel output
 // included, is left to it: frames end the process at the same place with the same line.
-bool rows_can_serve(const PpmHeader &header) {
+bool rows_can_serve(const PpmHeader &header, const char *rgb_path) {
     const uint32_t width = static_cast<uint32_t>(header.width);
     const uint32_t height = static_cast<uint32_t>(header.height);
     return registers().reg_cfa_enable != 0 && header.bit_depth >= 1 && header.bit_depth <= 16 &&
-           frame_size_ok(width, height, 3) && cfa_lines_excludes(width, height) == nullptr;
+           frame_size_ok(width, height, 3) && cfa_lines_excludes(width, height) == nullptr &&
+           (!debug_images_wanted() || debug_rows_fit(rgb_path));
 }
 
 void say(const std::string &line, Notice notice) {
@@ -49,7 +52,7 @@ void run_frames(const FRAME *raw, const OutputPaths &out) {
 
 void run_picture(const char *raw_path, const OutputPaths &out, Notice notice) {
     PpmReader reader(raw_path);
-    if (!rows_can_serve(reader.header()))
+    if (!rows_can_serve(reader.header(), out.rgb))
         return run_frames(read_rest(reader, notice).get(), out);
     std::optional<WordStore> store(std::in_place, reader.header());
     if (store->read(reader)) {

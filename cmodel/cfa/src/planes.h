@@ -4,6 +4,7 @@
 
 #include <span>
 
+#include "cmodel/cfa/src/lines/rows.h"
 #include "cmodel/common/frame.h"
 
 namespace cfa {
@@ -14,15 +15,20 @@ enum class Shown {
     magnitude,  // |sample|, limited to the depth of the image
     low_bits,   // the low bits as they are
     signed_map, // a quarter of |sample|, at most 255: red above zero, green below
+    at_green,   // magnitude at green sites, 0 at the others
 };
+
+/// The feature without which a plane is not made, or an image not written.
+enum class Feature { always, luma_moire, color_moire, sharpening };
 
 struct DebugImage {
     const char *file = "";
     Shown shown = Shown::nothing;
-    int channel = 0;        // 0 to 2, or 3 for all three
-    uint32_t bit_depth = 0; // of the image
-    const char *note = "";  // what else an onlooker must know
-    const char *stage = ""; // that writes it, where that is another than the plane's
+    int channel = 0;                // 0 to 2, or 3 for all three
+    uint32_t bit_depth = 0;         // of the image
+    const char *note = "";          // what else an onlooker must know
+    const char *stage = "";         // that writes it, where that is another than the plane's
+    Feature with = Feature::always; // beside that of the plane
 };
 
 struct PlaneInfo {
@@ -33,6 +39,7 @@ struct PlaneInfo {
     const char *readers; // the functions that read it, a blank between; "" for an output
     const char *shows;   // one line
     DebugImage image;
+    Feature with = Feature::always;
 };
 
 /// All planes between the input and the outputs, and the outputs, in pipeline order: each behind everything
@@ -42,10 +49,13 @@ std::span<const PlaneInfo> planes();
 /// The plane of this name, or null.
 const PlaneInfo *find_plane(const char *name);
 
-/// Gets planes as the stages make them: every sample as it is, 32 bits, all channels.
-class PlaneTaker {
+/// Whether a run with the registers in force makes the plane, and whether it shows it if images are wanted.
+bool is_made(const PlaneInfo &plane);
+bool has_image(const PlaneInfo &plane);
+
+/// Gets planes as they are made, all channels: whole ones from the model, rows from the line engine.
+class PlaneTaker : public RowTaker {
   public:
-    virtual ~PlaneTaker() = default;
     virtual void take(const PlaneInfo &info, const FRAME *plane) = 0;
 };
 

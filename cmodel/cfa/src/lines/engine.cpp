@@ -1,7 +1,12 @@
 #include "cmodel/cfa/src/lines/engine.h"
 
 #include <algorithm>
+#include <optional>
 
+#include "cmodel/cfa/src/kit/debug_image.h"
+#include "cmodel/cfa/src/kit/in_force.h"
+#include "cmodel/cfa/src/lines/debug_rows.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/stages.h"
 
 namespace cfa::CFA_ROWS {
@@ -16,33 +21,35 @@ constexpr int LAST_LAG = 5;
 } // namespace
 
 LineEngine::LineEngine(int width, int height, const EngineSettings &settings, RowSource<Sample> &source,
-                       RowSink<Sample> &sink)
+                       RowSink<Sample> &sink, RowTaker *taker)
     : width_(width), height_(height), n_(padded_half(width)), settings_(settings), source_(source),
-      sink_(sink) {
+      sink_(sink), taker_(taker) {
     for (int parity = 0; parity < 2; ++parity) {
-        std::fill_n(direction_.write(0, parity), n_, settings.forced_direction);
-        std::fill_n(direction_.write(1, parity), n_, settings.forced_direction);
+        std::fill_n(forced_.write(0, parity), n_, settings.forced_direction);
         std::fill_n(gain_.write(0, parity), n_, Sample{1024});
+        std::fill_n(zeros_.write(0, parity), n_, Sample{0});
     }
 }
 
-void LineEngine::run() {
+// The stages that the settings ask for, and behind each the taps of the planes that are wanted.
+std::vector<LineEngine::Step> LineEngine::steps() const {
     // Lag: how many rows a stage runs behind the input. Stages of one lag run in this order.
     // clang-format off
     static constexpr Stage SCHEDULE[] = {
         // stage                      lag  only if                    reads (rows around its own)
+        {&E::read,                     0, nullptr},
         {&E::average,                  2, nullptr},                // raw +-2
         {&E::predict_greens,           2, nullptr},                // raw +-2
         {&E::find_largest,             2, nullptr},                // raw +-2
-        {&E::find_green_extremes,      2, &S::luma_moire},         // raw +-2, green_v
+        {&E::find_green_extremes,      2, &S::green_ranges},       // raw +-2, green_v
         {&E::find_color_extremes,      2, &S::color_ranges},       // raw +-2
-        {&E::measure_rows,             2, &S::color_moire},         // green_h
+        {&E::measure_rows,             2, &S::weighs_color},       // green_h
         {&E::predict_colors,           3, nullptr},                // raw, difference +-1
         {&E::measure_green_distances,  3, &S::uses_variance},      // raw +-1, distance_h
         {&E::write_dc,                 3, nullptr},                // largest +-1
         {&E::weigh_luma_moire,         4, &S::luma_moire},         // extremes +-1, greens +-2
-        {&E::weigh_color_moire,        4, &S::color_moire},        // average, greens +-2
-        {&E::weigh_phase_difference,   4, &S::color_moire},        // green_v +-2, first_h +-2
+        {&E::weigh_color_moire,        4, &S::weighs_color},       // average, greens +-2
+        {&E::weigh_phase_difference,   4, &S::weighs_color},       // green_v +-2, first_h +-2
         {&E::cast_votes,               4, &S::decides_direction},  // activity
         {&E::low_pass_mosaic,          4, &S::sharpens},           // raw +-1
         {&E::measure_variance,         5, &S::uses_variance},      // colours, distances +-2
@@ -54,19 +61,43 @@ void LineEngine::run() {
         {&E::write_row,                LAST_LAG, nullptr},         // rgb, gain
     };
     // clang-format on
+    std::vector<Step> steps;
+    for (const Stage &stage : SCHEDULE) {
+        if (stage.only_if == nullptr || settings_.*stage.only_if)
+            steps.push_back({stage.lag, stage.compute, nullptr, nullptr});
+        if (taker_ == nullptr)
+            continue;
+        for (const Tap &tap : taps())
+            if (tap.behind == stage.compute && wanted(*taker_, tap.plane))
+                steps.push_back({stage.lag, nullptr, tap.row, find_plane(tap.plane)});
+    }
+    return steps;
+}
+
+void LineEngine::run() {
     if (settings_.sharpens)
         log_sharpening_strength(settings_.sharpen.gain);
-    for (int t = 0; t < height_ + LAST_LAG; ++t) {
-        if (t < height_) {
-            source_.read(t, raw_.write(t, 0), raw_.write(t, 1));
-            raw_.mirror(t);
+    const std::vector<Step> all = steps();
+    for (int t = 0; t < height_ + LAST_LAG; ++t)
+        for (const Step &step : all) {
+            const int y = t - step.lag;
+            if (y < 0 || y >= height_)
+                continue;
+            if (step.compute != nullptr)
+                (this->*step.compute)(y);
+            else
+                take(step, y);
         }
-        for (const Stage &stage : SCHEDULE) {
-            const int y = t - stage.lag;
-            if (y >= 0 && y < height_ && (stage.only_if == nullptr || settings_.*stage.only_if))
-                (this->*stage.compute)(y);
-        }
-    }
+}
+
+void LineEngine::take(const Step &step, int y) {
+    std::visit([&](const auto &channels) { taker_->row(*step.plane, y, channels.data()); },
+               step.row(*this, y));
+}
+
+void LineEngine::read(int y) {
+    source_.read(y, raw_.write(y, 0), raw_.write(y, 1));
+    raw_.mirror(y);
 }
 
 FiveSamples LineEngine::along_row(const Lines &plane, int y, int parity) {
@@ -117,5 +148,12 @@ void LineEngine::write_row(int y) {
 void cfa::run_line_engine(int width, int height, RowSource<CFA_ROWS::Sample> &source,
                           RowSink<CFA_ROWS::Sample> &sink) {
     using namespace CFA_ROWS;
-    LineEngine(width, height, read_engine_settings(), source, sink).run();
+    std::optional<DebugRows> images;
+    RowTaker *taker = in_force().planes;
+    if (debug_images_wanted())
+        taker = &images.emplace(width, height);
+    EngineSettings settings = read_engine_settings();
+    if (taker != nullptr)
+        compute_for(*taker, settings);
+    LineEngine(width, height, settings, source, sink, taker).run();
 }

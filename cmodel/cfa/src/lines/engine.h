@@ -5,6 +5,9 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
+#include <variant>
+#include <vector>
 
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
 #include "cmodel/cfa/src/lines/line_buffer.h"
@@ -13,10 +16,14 @@
 
 namespace cfa::CFA_ROWS {
 
+/// A row of a plane of one channel or three, of either kind of samples.
+using TappedRow = std::variant<std::array<SplitRow<int16_t>, 3>, std::array<SplitRow<int32_t>, 3>>;
+
 class LineEngine {
   public:
+    /// `taker` may be null: nobody wants rows of planes.
     LineEngine(int width, int height, const EngineSettings &settings, RowSource<Sample> &source,
-               RowSink<Sample> &sink);
+               RowSink<Sample> &sink, RowTaker *taker);
     void run();
 
     /// One line of the schedule: at each step t a stage computes row t - lag.
@@ -26,8 +33,44 @@ class LineEngine {
         bool EngineSettings::*only_if; // null: always
     };
 
+    /// How a row of a plane is seen: behind the stage that has made it.
+    struct Tap {
+        const char *plane;
+        void (LineEngine::*behind)(int y);
+        TappedRow (*row)(LineEngine &engine, int y);
+    };
+
   private:
+    /// A stage, or a tap, that this run needs.
+    struct Step {
+        int lag;
+        void (LineEngine::*compute)(int y); // null: a tap
+        TappedRow (*row)(LineEngine &engine, int y);
+        const PlaneInfo *plane;
+    };
+    std::vector<Step> steps() const;
+    void take(const Step &step, int y);
+
+    // What taps show beside the planes of the stages (engine_taps.cpp).
+    static std::span<const Tap> taps();
+    struct Pair {
+        const Sample *before, *behind;
+    };
+    Pair beside(int y, int distance) const; // of the red/blue sites, along the row
+    Pair across(int y, int distance) const; // along the column
+    static TappedRow candidate(const std::array<Lines, 2> &color, const Lines &green, int y);
+    TappedRow green_average(int y, Pair greens);
+    TappedRow own_correction(int y, Pair ends);
+    TappedRow ratio(int y, Pair greens, Pair ends);
+    TappedRow activity(const Lines &plane, int y);
+    TappedRow larger_activity(int y);
+    TappedRow luma_factor(bool detail);
+    TappedRow directions(int y);
+    enum class Detail { source, low_passed, high, medium };
+    TappedRow detail_source(int y, Detail what);
+
     // The stages, in the order of the schedule (engine.cpp). Each computes row y of its planes.
+    void read(int y);
     void average(int y);
     void predict_greens(int y);
     void find_green_extremes(int y);
@@ -68,6 +111,7 @@ class LineEngine {
     const EngineSettings settings_;
     RowSource<Sample> &source_;
     RowSink<Sample> &sink_;
+    RowTaker *const taker_;
 
     // Planes: the number is how many rows are alive, counted from the stage that writes to the last that
     // reads. Pairs of colours are red, blue; pairs of candidates are horizontal, vertical.
@@ -88,6 +132,7 @@ class LineEngine {
     Lines outer_h_ = lines(5), outer_v_ = lines(1);
     LineBuffer<int32_t> sig_h_{width_, height_, 1}, sig_v_{width_, height_, 1};
     Lines luma_ = lines(1), vote_below_ = lines(3), vote_right_ = lines(1), direction_ = lines(2);
+    Lines forced_ = lines(1); // every row's direction, where one is forced
     Lines by_left_[3] = {lines(1), lines(1), lines(1)};
     Lines pair_before_ = lines(1);
     LineBuffer<uint32_t> pair_step_{width_, height_, 1};
@@ -104,6 +149,9 @@ class LineEngine {
     Lines mosaic_luma_ = lines(3), detail_ = lines(1), rgb_luma_ = lines(1), gain_ = lines(1);
     Lines rgb_[3] = {lines(1), lines(1), lines(1)}, smoothed_[3] = {lines(1), lines(1), lines(1)};
     Lines dc_ = lines(1);
+    // What only taps show.
+    Lines zeros_ = lines(1), seen_early_ = lines(1), not_seen_ = lines(1);
+    Lines seen_late_ = lines(1), low_passed_ = lines(1);
 };
 
 } // namespace cfa::CFA_ROWS

@@ -129,17 +129,18 @@ void LineEngine::reconstruct(int y) {
         neighbourhood_range(sight<1>(raw_, y, parity), range_low_.write(0, parity),
                             range_high_.write(0, parity), n_);
     }
-    // A forced direction stands in both rows of its plane from the start.
-    const int decided = settings_.decides_direction ? y : y & 1;
+    const auto direction = [&](int parity) {
+        return settings_.forces_direction ? forced_.half(0, parity) : direction_.half(y, parity);
+    };
     const auto choose_color = [&](int color, int parity) {
-        choose_within(color_h_[color].half(y, parity), color_v_[color].half(y, parity),
-                      direction_.half(decided, parity), weights(parity), range_low_.half(0, parity),
-                      range_high_.half(0, parity), rgb(color).write(0, parity), n_);
+        choose_within(color_h_[color].half(y, parity), color_v_[color].half(y, parity), direction(parity),
+                      weights(parity), range_low_.half(0, parity), range_high_.half(0, parity),
+                      rgb(color).write(0, parity), n_);
     };
 
     // At red/blue sites: green from its sharpened candidates, the own colour, the other one.
-    choose(candidate_h_.half(y, c), candidate_v_.half(y, c), direction_.half(decided, c), weights(c),
-           rgb_[1].write(0, c), n_);
+    choose(candidate_h_.half(y, c), candidate_v_.half(y, c), direction(c), weights(c), rgb_[1].write(0, c),
+           n_);
     std::copy_n(raw_.half(y, c), n_, rgb(own).write(0, c));
     choose_color(1 - own, c);
     // At green sites both others.

@@ -7,6 +7,7 @@
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/conditions.h"
 #include "cmodel/cfa/src/lines/kernels/file_words.h"
+#include "cmodel/cfa/src/lines/row_writer.h"
 #include "cmodel/cfa/src/lines/rows.h"
 
 namespace cfa {
@@ -40,22 +41,14 @@ template <class Word, class Sample> class WordSink : public RowSink<Sample> {
 
   public:
     // gain may be null: not kept
-    WordSink(WordStore &store, const char *path, Word *gain)
-        : store_(store), path_(path), gain_(gain), row_words_(static_cast<size_t>(store.header().width) * 3),
-          block_rows_(static_cast<int>(std::max<size_t>(1, BLOCK_BYTES / (row_words_ * sizeof(Word))))),
-          block_(make_large_buffer(block_rows_ * row_words_ * sizeof(Word))) {}
+    WordSink(WordStore &store, const char *path, Word *gain) : store_(store), path_(path), gain_(gain) {}
 
     void rgb(int y, Row red, Row green, Row blue) override {
+        const PpmHeader &header = store_.header();
         if (y == 0) // no sooner: the engine's messages come before those of the output
-            open_output(writer_, path_, '6', store_.header());
-        Word *const block = reinterpret_cast<Word *>(block_.get());
-        const int row = y % block_rows_;
-        join_words(red, green, blue, store_.header().width, block + static_cast<size_t>(row) * row_words_);
-        const bool last = y + 1 == store_.header().height;
-        if (last || row + 1 == block_rows_)
-            writer_->write_bytes(block, static_cast<size_t>(row + 1) * row_words_ * sizeof(Word));
-        if (last)
-            writer_->close();
+            writer_.emplace(path_, '6', header.width, header.height, header.bit_depth, BLOCK_BYTES);
+        join_words(red, green, blue, header.width, reinterpret_cast<Word *>(writer_->room()));
+        writer_->done();
     }
 
     // In the place of the mosaic's row, which the engine has read: the DC image of a row depends on it.
@@ -71,10 +64,7 @@ template <class Word, class Sample> class WordSink : public RowSink<Sample> {
     WordStore &store_;
     const char *const path_;
     Word *const gain_;
-    const size_t row_words_;
-    const int block_rows_;
-    const LargeBuffer block_;
-    std::optional<PpmWriter> writer_;
+    std::optional<RowWriter> writer_;
 };
 
 void write_all(const char *path, const PpmHeader &header, const void *bytes, size_t size) {

@@ -25,9 +25,24 @@ template <class Sample> class RowSink {
     virtual void gain(int y, SplitRow<Sample> row) = 0; // u12, 1024 is 1.0
 };
 
+struct PlaneInfo;
+
+/// Takes rows of planes (planes.h), every sample as it is, each plane's rows in order. Rows of several planes
+/// may come from two threads at once.
+class RowTaker {
+  public:
+    virtual ~RowTaker() = default;
+    /// Whether it takes this plane. Asked before the first row.
+    virtual bool wants(const PlaneInfo &plane) const = 0;
+    /// A row of the plane's one channel or its three, valid until the call returns.
+    virtual void row(const PlaneInfo &plane, int y, const SplitRow<int16_t> *channels) = 0;
+    virtual void row(const PlaneInfo &plane, int y, const SplitRow<int32_t> *channels) = 0;
+};
+
 /// Runs the block on a picture from source to sink. REQUIRES cfa_lines_excludes to have nothing against the
 /// registers and the size, and every sample to be within cfa_lines_take_samples; on 16-bit rows also that
-/// cfa_lines_need_wide_rows does not ask for others.
+/// cfa_lines_need_wide_rows does not ask for others. The taker of planes in force gets their rows; debug
+/// images are written where they are wanted, all opened before the first row is read.
 void run_line_engine(int width, int height, RowSource<int16_t> &source, RowSink<int16_t> &sink);
 void run_line_engine(int width, int height, RowSource<int32_t> &source, RowSink<int32_t> &sink);
 

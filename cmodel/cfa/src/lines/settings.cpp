@@ -5,6 +5,7 @@
 
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
+#include "cmodel/cfa/src/planes.h"
 #include "cmodel/common/color_id.h"
 
 namespace cfa::CFA_ROWS {
@@ -37,7 +38,8 @@ void read_direction(EngineSettings &s) {
     const int32_t luma = r.reg_cfa_rb_vt_enable == 1 ? r.reg_cfa_rbsig_luma_thd : 32767;
     s.at_green = {r.reg_cfa_edgee_thd2, 0, 0, r.reg_cfa_rbsig_tol, luma};
     s.strong = static_cast<Sample>(r.reg_cfa_vw_thd);
-    s.decides_direction = r.reg_cfa_force_dir_enable != 1;
+    s.forces_direction = r.reg_cfa_force_dir_enable == 1;
+    s.decides_direction = !s.forces_direction;
     const int32_t forced = r.reg_cfa_force_dir_sel;
     s.forced_direction = forced == 0 ? 0 : forced == 1 ? 1 : -1;
     s.uses_variance = s.decides_direction || forced == 0;
@@ -47,6 +49,7 @@ void read_luma_moire(EngineSettings &s) {
     const auto &r = registers();
     s.luma_moire = r.reg_cfa_ymoire_enable == 1;
     s.luma.all_colors = r.reg_cfa_ymoire_ref_maxg_only != 1;
+    s.green_ranges = s.luma_moire;
     s.color_ranges = s.luma_moire && s.luma.all_colors;
     s.luma.noise = r.reg_cfa_ymoire_np;
     const LumaMoireCurves curves = luma_moire_curves();
@@ -79,6 +82,7 @@ DirectionalKernels directional_kernels() {
 void read_color_moire(EngineSettings &s) {
     const auto &r = registers();
     s.color_moire = r.reg_cfa_cmoire_enable == 1;
+    s.weighs_color = s.color_moire;
     const ColorMoireCurves curves = color_moire_curves();
     s.color_distance.saturation = curve(curves.saturation);
     s.color_distance.hue = curve(curves.hue);
@@ -124,6 +128,21 @@ EngineSettings read_engine_settings() {
     read_color_moire(s);
     read_sharpen(s);
     return s;
+}
+
+bool wanted(const RowTaker &taker, const char *plane) {
+    const PlaneInfo &info = *find_plane(plane);
+    return is_made(info) && taker.wants(info);
+}
+
+void compute_for(const RowTaker &taker, EngineSettings &s) {
+    const auto any = [&](const auto &...names) { return (wanted(taker, names) || ...); };
+    const bool ranges = any("MaxRGB", "MinRGB");
+    s.green_ranges |= ranges;
+    s.color_ranges |= ranges || any("MaxRGB_lpf", "MinRGB_lpf");
+    s.weighs_color |= any("cdist_wt", "edge_wt", "pd_wt");
+    s.decides_direction |= any("DirInfo");
+    s.uses_variance |= s.decides_direction || any("AHDiff", "AVDiff", "CHDiff", "CVDiff", "SigH", "SigV");
 }
 
 } // namespace cfa::CFA_ROWS

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/rows.h"
 
 namespace cfa::CFA_ROWS {
 
@@ -13,15 +14,18 @@ struct EngineSettings {
 
     SharpeningTable sharpening;
     DirectionLimits at_red_blue, at_green;
-    Sample strong;           // activity of a neighbour whose vote counts
-    bool decides_direction;  // no direction is forced
+    Sample strong; // activity of a neighbour whose vote counts
+    bool forces_direction;
     Sample forced_direction; // +1 horizontal, 0 blend, -1 vertical
+    bool decides_direction;  // no direction is forced, or the decision is looked at
     bool uses_variance;      // forced to one candidate, nobody reads it
 
     bool luma_moire;
-    bool color_ranges; // red and blue count in its detail
+    bool green_ranges; // of the green extremes: for its weight, or to be looked at
+    bool color_ranges; // red and blue count in its detail, or are looked at
     LumaMoireSettings luma;
     bool color_moire;
+    bool weighs_color; // for its removal, or to be looked at
     ColorDistanceSettings color_distance;
     DirectionalKernels directional;
     EdgeWeightSettings edge;
@@ -33,5 +37,11 @@ struct EngineSettings {
 
 /// The settings that the register blocks hold now. REQUIRES a pattern id of 0 to 3.
 EngineSettings read_engine_settings();
+
+/// Whether the registers have a plane made and the taker wants it.
+bool wanted(const RowTaker &taker, const char *plane);
+
+/// Adds the stages that only a taker reads.
+void compute_for(const RowTaker &taker, EngineSettings &settings);
 
 } // namespace cfa::CFA_ROWS

@@ -53,4 +53,16 @@ CFA_KERNEL void activity_at_green(Sight<2> raw, Sample *lh, Sample *lv, int n) {
     }
 }
 
+CFA_KERNEL void limited_activity(const Sample *activity, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        out[i] = least(32767, activity[i]);
+}
+
+CFA_KERNEL void larger(const Sample *a, const Sample *b, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        out[i] = largest(a[i], b[i]);
+}
+
 } // namespace cfa::CFA_ROWS

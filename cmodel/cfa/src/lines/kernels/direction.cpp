@@ -138,4 +138,10 @@ CFA_KERNEL void resolve_pairs(DirectionByLeft even, DirectionByLeft odd, const S
     }
 }
 
+CFA_KERNEL void direction_codes(const Sample *direction, Sample *code, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        code[i] = select(direction[i] < 0, 2, direction[i]);
+}
+
 } // namespace cfa::CFA_ROWS

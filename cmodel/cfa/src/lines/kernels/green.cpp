@@ -99,4 +99,27 @@ void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, Extremes gr
     });
 }
 
+CFA_KERNEL void green_low_pass(const Sample *before, const Sample *behind, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        out[i] = static_cast<Sample>(before[i] + behind[i] + 1) >> 1;
+}
+
+CFA_KERNEL void own_high_pass(const Sample *own, const Sample *end_before, const Sample *end_behind,
+                              Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        out[i] = static_cast<Sample>(2 * own[i] - end_before[i] - end_behind[i]) >> 2;
+}
+
+CFA_KERNEL void green_ratio(const Sample *before, const Sample *behind, const Sample *own,
+                            const Sample *end_before, const Sample *end_behind, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i) {
+        const int32_t green = (before[i] + behind[i]) >> 1;
+        const int32_t mean = (2 * own[i] + end_before[i] + end_behind[i]) >> 2;
+        out[i] = static_cast<Sample>(least32(4095, (green * reciprocal(mean)) >> 3));
+    }
+}
+
 } // namespace cfa::CFA_ROWS

@@ -54,6 +54,17 @@ struct SharpeningTable {
 void sharpen_green(Sight<2> raw, const Sample *lh, const Sample *lv, Extremes green, SharpeningTable table,
                    Sample *candidate_h, Sample *candidate_v, int n);
 
+/// What only is looked at: before and behind are the neighbours along the row or the column, ends those two
+/// off. Green average, u12, and correction of the own colour, s13, at red/blue sites.
+void green_low_pass(const Sample *before, const Sample *behind, Sample *out, int n);
+void own_high_pass(const Sample *own, const Sample *end_before, const Sample *end_behind, Sample *out, int n);
+/// Green over own colour at red/blue sites, Q12, 0..4095.
+void green_ratio(const Sample *before, const Sample *behind, const Sample *own, const Sample *end_before,
+                 const Sample *end_behind, Sample *out, int n);
+/// At most 32767, and the larger of two.
+void limited_activity(const Sample *activity, Sample *out, int n);
+void larger(const Sample *a, const Sample *b, Sample *out, int n);
+
 /// Variance at green sites, 0..131071, along the five samples of a line through the site (row or column).
 ///   red, blue        the candidate's colours
 ///   red_d, blue_d    their distances from its green
@@ -112,6 +123,9 @@ void scan_pairs(const uint32_t *step, Sample *before, int pairs);
 void resolve_pairs(DirectionByLeft even, DirectionByLeft odd, const Sample *before, Sample *direction_even,
                    Sample *direction_odd, int n);
 
+/// Directions as the plane DirInfo holds them: 0, 1, 2 for 0, +1, -1.
+void direction_codes(const Sample *direction, Sample *code, int n);
+
 /// The weights of the two candidates where no direction is preferred: each at
 /// least 1, and their sum's reciprocal.
 struct BlendWeights {
@@ -165,6 +179,9 @@ void sum_of_steps(FiveSamples green, Sample *sum, int n);
 void gradient_sum(FiveSamples columns, FiveSamples rows, int32_t *out, int n);
 void luma_moire_weight(ThreeRanges ranges, const int32_t *gradient, LumaMoireSettings settings,
                        Sample *weight, int n);
+/// Its factors, u8: detail and edge.
+void luma_moire_factors(ThreeRanges ranges, const int32_t *gradient, LumaMoireSettings settings,
+                        Sample *detail, Sample *edge, int n);
 void average_luma(const Sample *red, const Sample *green, const Sample *blue, Sample *luma, int n);
 void remove_luma_moire(Sight<0> color, const Sample *average, const Sample *luma, const Sample *weight,
                        LumaMoireSettings settings, Sample *out, int n);
@@ -231,6 +248,9 @@ struct SharpenSettings {
 /// Cored detail, +-4095, and the rgb luma that the gain is normalised by.
 void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sample *green, const Sample *blue,
                     SharpenSettings settings, Sample *detail, Sample *luma, int n);
+/// The luma that both details are taken from, and a - b.
+void remove_spikes(Sight<1> bayer_luma, SharpenSettings settings, Sample *out, int n);
+void difference(const Sample *a, const Sample *b, Sample *out, int n);
 void sharpen_gain(const Sample *detail, const Sample *luma, SharpenSettings settings, Sample *gain, int n);
 void add_detail(const Sample *detail, SharpenSettings settings, Sample *color, int n);
 

@@ -60,20 +60,39 @@ CFA_KERNEL void weight_of(const Sample *detail, const Sample *ratio, LumaMoireSe
     }
 }
 
+CFA_KERNEL void through_curve(Curve curve, Sample *v, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        v[i] = static_cast<Sample>(least32(rounded_curve(v[i], curve), 255));
+}
+
+// What the two curves are read at, for `count` sites from `first` on.
+void detail_and_ratio(const ThreeRanges &ranges, const int32_t *gradient, const LumaMoireSettings &s,
+                      Index first, int count, Sample *detail, Sample *ratio) {
+    const Range green = ranges.of[1].from(first);
+    if (s.all_colors)
+        detail_of_all(ranges.of[0].from(first), green, ranges.of[2].from(first), detail, count);
+    else
+        detail_of_green(green, detail, count);
+    gradient_ratio(green, gradient + first, s.noise, ratio, count);
+}
+
 } // namespace
 
 void luma_moire_weight(ThreeRanges ranges, const int32_t *gradient, LumaMoireSettings s, Sample *weight,
                        int n) {
     for_each_block(n, [&](Index first, int count) {
-        const Range green = ranges.of[1].from(first);
         Sample detail[BLOCK], ratio[BLOCK];
-        if (s.all_colors)
-            detail_of_all(ranges.of[0].from(first), green, ranges.of[2].from(first), detail, count);
-        else
-            detail_of_green(green, detail, count);
-        gradient_ratio(green, gradient + first, s.noise, ratio, count);
+        detail_and_ratio(ranges, gradient, s, first, count, detail, ratio);
         weight_of(detail, ratio, s, weight + first, count);
     });
+}
+
+void luma_moire_factors(ThreeRanges ranges, const int32_t *gradient, LumaMoireSettings s, Sample *detail,
+                        Sample *edge, int n) {
+    detail_and_ratio(ranges, gradient, s, 0, n, detail, edge);
+    through_curve(s.detail, detail, n);
+    through_curve(s.edge, edge, n);
 }
 
 CFA_KERNEL void average_luma(const Sample *red, const Sample *green, const Sample *blue, Sample *luma,

@@ -13,6 +13,18 @@ constexpr Sample cored(Sample v, Sample threshold) {
     return v < 0 ? -beyond : beyond;
 }
 
+// The centre, where the mask is all ones limited to the range of its eight neighbours.
+constexpr Sample without_spike(const Sight<1>::Site &P, Sample mask) {
+    const Sample above_max = largest(largest(P(-1, -1), P(-1, 0)), P(-1, 1));
+    const Sample above_min = least(least(P(-1, -1), P(-1, 0)), P(-1, 1));
+    const Sample below_max = largest(largest(P(1, -1), P(1, 0)), P(1, 1));
+    const Sample below_min = least(least(P(1, -1), P(1, 0)), P(1, 1));
+    const Sample max = largest(largest(above_max, below_max), largest(P(0, -1), P(0, 1)));
+    const Sample min = least(least(above_min, below_min), least(P(0, -1), P(0, 1)));
+    const Sample limited = least(largest(P(0, 0), min), max);
+    return static_cast<Sample>((limited & mask) | (P(0, 0) & ~mask));
+}
+
 } // namespace
 
 CFA_KERNEL void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sample *green,
@@ -29,16 +41,7 @@ CFA_KERNEL void sharpen_detail(Sight<1> bayer_luma, const Sample *red, const Sam
         const Sum sum = above + 2 * row + below;
         const Sample low_passed = static_cast<Sample>(sum >> 4);
 
-        // The centre limited to the range of its eight neighbours.
-        const Sample above_max = largest(largest(P(-1, -1), P(-1, 0)), P(-1, 1));
-        const Sample above_min = least(least(P(-1, -1), P(-1, 0)), P(-1, 1));
-        const Sample below_max = largest(largest(P(1, -1), P(1, 0)), P(1, 1));
-        const Sample below_min = least(least(P(1, -1), P(1, 0)), P(1, 1));
-        const Sample max = largest(largest(above_max, below_max), largest(P(0, -1), P(0, 1)));
-        const Sample min = least(least(above_min, below_min), least(P(0, -1), P(0, 1)));
-        const Sample limited = least(largest(P(0, 0), min), max);
-        const Sample spike_removed = (limited & s.remove_spikes) | (P(0, 0) & ~s.remove_spikes);
-
+        const Sample spike_removed = without_spike(P, s.remove_spikes);
         const int32_t mf = cored(spike_removed - low_passed, s.threshold_mf) * s.weight_mf;
         const int32_t hf = cored(rgb_luma - spike_removed, s.threshold_hf) * s.weight_hf;
         const int32_t both = mf + hf;
@@ -83,6 +86,18 @@ CFA_KERNEL void add_detail(const Sample *detail, SharpenSettings s, Sample *colo
         const Sample change = detail[i] < 0 ? -enough : enough;
         color[i] = limited12(static_cast<Sample>(color[i] + change));
     }
+}
+
+CFA_KERNEL void remove_spikes(Sight<1> bayer_luma, SharpenSettings s, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        out[i] = without_spike(bayer_luma.at(i), s.remove_spikes);
+}
+
+CFA_KERNEL void difference(const Sample *a, const Sample *b, Sample *out, int n) {
+    CFA_LOOP
+    for (Index i = 0; i < n; ++i)
+        out[i] = a[i] - b[i];
 }
 
 } // namespace cfa::CFA_ROWS

@@ -1,0 +1,98 @@
+#include "cmodel/cfa/src/lines/kernels/plane_words.h"
+
+namespace cfa {
+
+namespace {
+
+constexpr int32_t magnitude_of(int32_t v) {
+    return v < 0 ? -v : v; // of the most negative number: itself, below 0
+}
+
+constexpr int32_t within(int32_t v, int32_t limit) {
+    return least32(limit, largest32(0, v));
+}
+
+// The bodies, for both kinds of samples. Inlined always: each kernel below compiles them for its instruction
+// sets.
+
+template <class T>
+[[gnu::always_inline]] inline void limit(const T *in, int16_t most, int16_t *__restrict out, int n) {
+    for (Index i = 0; i < n; ++i)
+        out[i] = static_cast<int16_t>(within(magnitude_of(in[i]), most));
+}
+
+template <class T> [[gnu::always_inline]] inline void cut(const T *in, int16_t *__restrict out, int n) {
+    for (Index i = 0; i < n; ++i)
+        out[i] = static_cast<int16_t>(in[i]);
+}
+
+template <class T> [[gnu::always_inline]] inline void split_signs(const T *in, int16_t *__restrict positive,
+                                                                  int16_t *__restrict negative, int n) {
+    for (Index i = 0; i < n; ++i) {
+        const int32_t quarter = (int32_t{in[i]} * 4) >> 4;
+        positive[i] = static_cast<int16_t>(within(quarter, 255));
+        negative[i] = static_cast<int16_t>(within(-quarter, 255));
+    }
+}
+
+template <class T> [[gnu::always_inline]] inline void join_one(const T *even, const T *odd, Index width,
+                                                               int32_t *__restrict out) {
+    for (Index i = 0; i < width / 2; ++i) {
+        out[2 * i] = even[i];
+        out[2 * i + 1] = odd[i];
+    }
+    if (width % 2 != 0)
+        out[width - 1] = even[width / 2];
+}
+
+template <class T>
+[[gnu::always_inline]] inline void join_three(const SplitRow<T> *rgb, Index width, int32_t *__restrict out) {
+    for (int p = 0; p < 2; ++p) {
+        const T *const r = rgb[0].half[p], *const g = rgb[1].half[p], *const b = rgb[2].half[p];
+        for (Index i = 0; i < (width + 1 - p) / 2; ++i) {
+            out[6 * i + 3 * p] = r[i];
+            out[6 * i + 3 * p + 1] = g[i];
+            out[6 * i + 3 * p + 2] = b[i];
+        }
+    }
+}
+
+template <class T>
+[[gnu::always_inline]] inline void join(const SplitRow<T> *channels, int count, int width, int32_t *out) {
+    if (count == 1)
+        join_one(channels->half[0], channels->half[1], width, out);
+    else
+        join_three(channels, width, out);
+}
+
+} // namespace
+
+CFA_KERNEL void limited_magnitudes(const int16_t *in, int16_t most, int16_t *out, int n) {
+    limit(in, most, out, n);
+}
+CFA_KERNEL void limited_magnitudes(const int32_t *in, int16_t most, int16_t *out, int n) {
+    limit(in, most, out, n);
+}
+
+CFA_KERNEL void low_words(const int16_t *in, int16_t *out, int n) {
+    cut(in, out, n);
+}
+CFA_KERNEL void low_words(const int32_t *in, int16_t *out, int n) {
+    cut(in, out, n);
+}
+
+CFA_KERNEL void signed_parts(const int16_t *in, int16_t *positive, int16_t *negative, int n) {
+    split_signs(in, positive, negative, n);
+}
+CFA_KERNEL void signed_parts(const int32_t *in, int16_t *positive, int16_t *negative, int n) {
+    split_signs(in, positive, negative, n);
+}
+
+CFA_KERNEL void join_exact(const SplitRow<int16_t> *channels, int count, int width, int32_t *out) {
+    join(channels, count, width, out);
+}
+CFA_KERNEL void join_exact(const SplitRow<int32_t> *channels, int count, int width, int32_t *out) {
+    join(channels, count, width, out);
+}
+
+} // namespace cfa
