@@ -42,10 +42,10 @@ void run_model(const Mosaic &mosaic, const OutputLayouts &out) {
     copy_frame(gain.get(), out.gain);
 }
 
-template <class Sample> void run_engine(const Mosaic &mosaic, const OutputLayouts &out) {
+template <class Sample> void run_engine(const Mosaic &mosaic, const OutputLayouts &out, int threads) {
     MemorySource<Sample> source(mosaic);
     MemorySink<Sample> sink(out, static_cast<int>(mosaic.width));
-    run_line_engine(static_cast<int>(mosaic.width), static_cast<int>(mosaic.height), source, sink);
+    run_line_engine(static_cast<int>(mosaic.width), static_cast<int>(mosaic.height), source, sink, threads);
 }
 
 } // namespace
@@ -113,7 +113,7 @@ template <class T> void KeptPlanes::keep_row(const PlaneInfo &plane, int y, cons
 }
 
 const char *run_on_memory(const BlockRegisters &registers, KeptPlanes &planes, const Mosaic &mosaic,
-                          const OutputLayouts &out) {
+                          const OutputLayouts &out, int threads) {
     const BoundRegisters bound(registers.cfa, registers.top, planes.any() ? &planes : nullptr);
     if (registers.cfa.hw.reg_cfa_enable == 0) {
         planes.forget();
@@ -126,9 +126,9 @@ const char *run_on_memory(const BlockRegisters &registers, KeptPlanes &planes, c
     if (reason != nullptr)
         run_model(mosaic, out);
     else if (cfa_lines_need_wide_rows(mosaic.union_of_bits()))
-        run_engine<int32_t>(mosaic, out);
+        run_engine<int32_t>(mosaic, out, threads);
     else
-        run_engine<int16_t>(mosaic, out);
+        run_engine<int16_t>(mosaic, out, threads);
     return reason;
 }
 

@@ -72,9 +72,10 @@ class KeptPlanes : public PlaneTaker {
     std::vector<Kept> kept_; // in pipeline order
 };
 
-/// Runs the block on a mosaic with these registers. Planes go to `planes` where it wants any. Returns why the
-/// model ran, null if the line engine or the bypass did. Throws CallError, Error, std::bad_alloc.
+/// Runs the block on a mosaic with these registers, on 1 thread or 2. Planes go to `planes` where it wants
+/// any. Returns why the model ran, null if the line engine or the bypass did. Throws CallError, Error,
+/// std::bad_alloc.
 const char *run_on_memory(const BlockRegisters &registers, KeptPlanes &planes, const Mosaic &mosaic,
-                          const OutputLayouts &out);
+                          const OutputLayouts &out, int threads);
 
 } // namespace cfa

@@ -1,6 +1,7 @@
 // The C functions: each a shell that turns exceptions into a code and a line.
 #include "block/cfa_block.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -16,6 +17,7 @@ struct cfa_block {
     BlockRegisters registers;
     KeptPlanes planes{""};
     std::vector<cfa_plane> shown; // what cfa_block_plane hands out
+    int threads = 1;
     const char *slow_reason = nullptr;
     char error[512] = "";
 };
@@ -120,7 +122,7 @@ void run(cfa_block &block, uint32_t width, uint32_t height, const uint16_t *raw,
         require(!*output || !mosaic.layout || mosaic.layout.bounds_apart_from(*output),
                 "an output lies within the mosaic");
     block.shown.clear();
-    block.slow_reason = run_on_memory(block.registers, block.planes, mosaic, out);
+    block.slow_reason = run_on_memory(block.registers, block.planes, mosaic, out, block.threads);
     show_kept(block);
 }
 
@@ -204,6 +206,13 @@ size_t cfa_block_ini_text(const cfa_block *block, char *text, size_t size) {
 int cfa_block_run(cfa_block *block, uint32_t width, uint32_t height, const uint16_t *raw,
                   ptrdiff_t raw_stride, const cfa_image *rgb, const cfa_image *dc, const cfa_image *gain) {
     return call(block, [&] { run(*block, width, height, raw, raw_stride, rgb, dc, gain); });
+}
+
+int cfa_block_set_threads(cfa_block *block, int threads) {
+    return call(block, [&] {
+        require(threads >= 1, "threads: not 1 or more");
+        block->threads = std::min(threads, 2);
+    });
 }
 
 const char *cfa_block_slow_reason(const cfa_block *block) {

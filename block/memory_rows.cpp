@@ -33,7 +33,7 @@ template <class Sample> void MemorySource<Sample>::read(int y, Sample *even, Sam
 }
 
 template <class Sample> MemorySink<Sample>::MemorySink(const OutputLayouts &out, int width)
-    : out_(out), width_(width), row_(static_cast<size_t>(width)) {}
+    : out_(out), width_(width), row_(static_cast<size_t>(width)), dc_row_(row_) {}
 
 template <class Sample> void MemorySink<Sample>::rgb(int y, Row red, Row green, Row blue) {
     if (!out_.rgb)
@@ -42,28 +42,29 @@ template <class Sample> void MemorySink<Sample>::rgb(int y, Row red, Row green, 
         join_samples(red, green, blue, width_, out_.rgb.row(y));
         return;
     }
-    join(out_.rgb, y, 0, red);
-    join(out_.rgb, y, 1, green);
-    join(out_.rgb, y, 2, blue);
+    join(out_.rgb, y, 0, red, row_);
+    join(out_.rgb, y, 1, green, row_);
+    join(out_.rgb, y, 2, blue, row_);
 }
 
 template <class Sample> void MemorySink<Sample>::dc(int y, Row row) {
     if (out_.dc)
-        join(out_.dc, y, 0, row);
+        join(out_.dc, y, 0, row, dc_row_);
 }
 
 template <class Sample> void MemorySink<Sample>::gain(int y, Row row) {
     if (out_.gain)
-        join(out_.gain, y, 0, row);
+        join(out_.gain, y, 0, row, row_);
 }
 
-template <class Sample> void MemorySink<Sample>::join(const Layout &image, int y, int channel, Row row) {
+template <class Sample> void MemorySink<Sample>::join(const Layout &image, int y, int channel, Row row,
+                                                      std::vector<uint16_t> &packed) {
     if (image.pixels_packed()) {
         join_samples(row, width_, image.row(y, channel));
         return;
     }
-    join_samples(row, width_, row_.data());
-    scatter([this](int x) { return row_[static_cast<size_t>(x)]; }, width_, image.row(y, channel),
+    join_samples(row, width_, packed.data());
+    scatter([&packed](int x) { return packed[static_cast<size_t>(x)]; }, width_, image.row(y, channel),
             image.pixel_stride());
 }
 

@@ -43,11 +43,12 @@ template <class Sample> class MemorySink : public RowSink<Sample> {
     void gain(int y, Row row) override;
 
   private:
-    void join(const Layout &image, int y, int channel, Row row);
+    void join(const Layout &image, int y, int channel, Row row, std::vector<uint16_t> &packed);
 
     const OutputLayouts &out_;
     const int width_;
-    std::vector<uint16_t> row_; // where samples do not lie side by side
+    // Where samples do not lie side by side. The DC image's rows may come on a thread of their own.
+    std::vector<uint16_t> row_, dc_row_;
 };
 
 /// Writes channel by channel what a frame holds, cut to 16 bits. Does nothing for an empty layout.

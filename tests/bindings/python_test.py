@@ -123,6 +123,7 @@ class Registers(unittest.TestCase):
             (lambda: block(RAW.astype(int) - 5000), cfa.ArgumentError, "is not 0 to 65535"),
             (lambda: block(RAW.astype(int) << 16), cfa.ArgumentError, "is not 0 to 65535"),
             (lambda: block(RAW, planes=["GX"]), cfa.PlaneError, "no plane 'GX'"),
+            (lambda: block(RAW, threads=0), cfa.ArgumentError, "threads: not 1 or more"),
         )
         for call, kind, line in table:
             with self.assertRaisesRegex(kind, line):

@@ -108,6 +108,7 @@ void compare_with_hw(uint32_t seed) {
     block.take_registers();
     Memory memory(raw, seed);
     REQUIRE(cfa_block_keep_planes(block, seed % 4 == 0 ? "*" : "") == CFA_OK);
+    REQUIRE(cfa_block_set_threads(block, 1 + static_cast<int>(seed % 3)) == CFA_OK);
     REQUIRE_MESSAGE(memory.run(block) == CFA_OK, cfa_block_error(block));
     memory.expect(rgb, dc, gain);
 }
@@ -128,7 +129,8 @@ TEST_CASE_FIXTURE(FreshRegisters, "four blocks at once, each with its own regist
                   cfa_block_set(block, "reg_cfa_edge_tol", tol) == 0 &&
                   cfa_block_set(block, "reg_cfa_shpn_gain_value", 20 * seed) == 0 &&
                   cfa_block_set(block, "reg_cfa_ymoire_enable", seed % 2) == 0 &&
-                  cfa_block_keep_planes(block, seed < 2 ? "*" : "") == 0;
+                  cfa_block_keep_planes(block, seed < 2 ? "*" : "") == 0 &&
+                  cfa_block_set_threads(block, 1 + seed % 2) == 0;
         for (int i = 0; i < 5; ++i)
             ok = ok && memory.run(block) == 0;
         if (!ok)
@@ -238,6 +240,7 @@ TEST_CASE("wrong calls are errors with one line") {
            "reg_cfa_edge_tol: -1 is not 0 to 4095");
     expect(cfa_block_get(block, "reg_cfa", &got), CFA_ERROR_REGISTER, "no register 'reg_cfa'");
     expect(cfa_block_keep_planes(block, "GH,,GV"), CFA_ERROR_PLANE, "no plane ''");
+    expect(cfa_block_set_threads(block, 0), A, "threads: not 1 or more");
     expect(cfa_block_load_ini(block, "/no/such.ini", 0), CFA_ERROR_FILE,
            "/no/such.ini: No such file or directory");
     expect(cfa_block_load_ini(block, "/", 0), CFA_ERROR_FILE, "/: cannot be read");

@@ -29,7 +29,7 @@ struct Equality {
 };
 
 /// Runs cfa_lines and cfa_model on what the seed gives. An engine that refuses must leave the outputs alone.
-/// By the seed, all planes, some of them, debug images are compared as well.
+/// By the seed, all planes, some of them, debug images are compared as well, and the engine has two threads.
 Equality compare_engine_with_model(uint32_t seed, PictureSize size);
 
 /// The same at limits that random registers seldom meet: weights and details one step from their largest, odd
@@ -40,4 +40,4 @@ Equality compare_at_limits(uint32_t seed);
 enum class Beside { nothing, planes, some_planes, images };
 
 /// The same on this mosaic with the registers as they stand.
-Equality compare_engine_with_model(const Plane &raw, Beside beside = Beside::nothing);
+Equality compare_engine_with_model(const Plane &raw, Beside beside = Beside::nothing, int threads = 1);

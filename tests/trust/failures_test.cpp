@@ -122,4 +122,19 @@ TEST_CASE("the built program: a limit on file sizes, a full device behind every 
         CHECK((full != LOG || job.outputs() == want));
         job.clear();
     }
+    Job large(mosaic(1001, 1000), ALL_STAGES); // two threads
+    large.built = true;
+    large.args[DEBUG] = "1";
+    CHECK(large.run() == SILENT);
+    const auto whole = large.pictures();
+    large.clear();
+    for (const std::string &full : {large.args[RGB], large.args[DEBUG_FOLDER] + "/dbg_img_AvgRGB.ppm",
+                                    large.args[DEBUG_FOLDER] + "/dbg_sg_rgb_luma.ppm"}) {
+        std::filesystem::create_symlink("/dev/full", full);
+        CHECK(large.run() == error_line("Unable to write file '" + full + no_space));
+        std::filesystem::remove(full);
+        for (const auto &[path, bytes] : large.pictures())
+            CHECK_MESSAGE((bytes.empty() || bytes == whole.at(path)), path);
+        large.clear();
+    }
 }

@@ -67,6 +67,7 @@ _FUNCTIONS = {  # name: (result, arguments)
         c_int,
         [c_void_p, c_uint32, c_uint32, c_void_p, c_ssize_t, POINTER(Image), POINTER(Image), POINTER(Image)],
     ),
+    "cfa_block_set_threads": (c_int, [c_void_p, c_int]),
     "cfa_block_slow_reason": (c_char_p, [c_void_p]),
     "cfa_plane_info_at": (POINTER(PlaneInfo), [c_size_t]),
     "cfa_block_keep_planes": (c_int, [c_void_p, c_char_p]),

@@ -105,18 +105,22 @@ class Block:
         """Sets all registers to their reset values."""
         self._call(lib.cfa_block_reset)
 
-    def __call__(self, raw: npt.ArrayLike, planes: Union[bool, str, Iterable[str]] = ()) -> Result:
+    def __call__(
+        self, raw: npt.ArrayLike, planes: Union[bool, str, Iterable[str]] = (), *, threads: int = 1
+    ) -> Result:
         """Runs the block on a mosaic (height, width) of samples 0 to 65535; the block itself is made for 0 to 4095.
         Rows of contiguous uint16 samples are read where they are, anything else is copied first.
 
         planes names those to keep, True keeps all; they come exact, as int32 copies, and those whose stage the
-        registers leave out are absent."""
+        registers leave out are absent. threads is how many the run may work on: 2 take 0.6 of the time from a
+        megapixel on, more are 2."""
         mosaic, stride = _rows(raw)
         height, width = mosaic.shape
         names = _plane_names(planes)
         with self._lock:
             arrays = self._memory.arrays(height, width)
             images = [ctypes.byref(Image(array.ctypes.data)) for array in arrays]
+            self._check(lib.cfa_block_set_threads(self._handle, min(operator.index(threads), 2)))
             if names:
                 self._check(lib.cfa_block_keep_planes(self._handle, names))
             try:

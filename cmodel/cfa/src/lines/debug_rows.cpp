@@ -1,7 +1,6 @@
 #include "cmodel/cfa/src/lines/debug_rows.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <set>
 #include <string>
 #include <tuple>
@@ -42,14 +41,22 @@ std::vector<const PlaneInfo *> shown_planes() {
     return shown;
 }
 
-// What tells files apart: device and number, or the path of one that is yet to be made.
+// What tells files apart: device and number; for one that is yet to be made those of its folder and its name.
 using Place = std::tuple<dev_t, ino_t, std::string>;
+
+Place place_in_folder(const std::string &path) {
+    const size_t name = path.rfind('/') + 1; // 0 without a folder
+    struct stat folder;
+    if (stat(name == 0 ? "." : path.substr(0, name).c_str(), &folder) != 0)
+        return {0, 0, path};
+    return {folder.st_dev, folder.st_ino, path.substr(name)};
+}
 
 // Null for a file that cannot clash: a device or a FIFO.
 std::optional<Place> place_of(const std::string &path) {
     struct stat status;
     if (stat(path.c_str(), &status) != 0)
-        return Place(0, 0, std::filesystem::weakly_canonical(path));
+        return place_in_folder(path);
     if (S_ISCHR(status.st_mode) || S_ISFIFO(status.st_mode))
         return std::nullopt;
     return Place(status.st_dev, status.st_ino, "");

@@ -21,18 +21,19 @@ constexpr int LAST_LAG = 5;
 } // namespace
 
 LineEngine::LineEngine(int width, int height, const EngineSettings &settings, RowSource<Sample> &source,
-                       RowSink<Sample> &sink, RowTaker *taker)
+                       RowSink<Sample> &sink, RowTaker *taker, int threads)
     : width_(width), height_(height), n_(padded_half(width)), settings_(settings), source_(source),
-      sink_(sink), taker_(taker) {
+      sink_(sink), taker_(taker), threads_(threads) {
     for (int parity = 0; parity < 2; ++parity) {
         std::fill_n(forced_.write(0, parity), n_, settings.forced_direction);
+        direction_.write(1, parity); // stands above the first row, which does not vote
         std::fill_n(gain_.write(0, parity), n_, Sample{1024});
         std::fill_n(zeros_.write(0, parity), n_, Sample{0});
     }
 }
 
-// The stages that the settings ask for, and behind each the taps of the planes that are wanted.
-std::vector<LineEngine::Step> LineEngine::steps() const {
+// The stages of some lags that the settings ask for, and behind each the taps of the planes that are wanted.
+std::vector<LineEngine::Step> LineEngine::steps(int first_lag, int last_lag) const {
     // Lag: how many rows a stage runs behind the input. Stages of one lag run in this order.
     // clang-format off
     static constexpr Stage SCHEDULE[] = {
@@ -63,6 +64,8 @@ std::vector<LineEngine::Step> LineEngine::steps() const {
     // clang-format on
     std::vector<Step> steps;
     for (const Stage &stage : SCHEDULE) {
+        if (stage.lag < first_lag || stage.lag > last_lag)
+            continue;
         if (stage.only_if == nullptr || settings_.*stage.only_if)
             steps.push_back({stage.lag, stage.compute, nullptr, nullptr});
         if (taker_ == nullptr)
@@ -77,17 +80,28 @@ std::vector<LineEngine::Step> LineEngine::steps() const {
 void LineEngine::run() {
     if (settings_.sharpens)
         log_sharpening_strength(settings_.sharpen.gain);
-    const std::vector<Step> all = steps();
-    for (int t = 0; t < height_ + LAST_LAG; ++t)
-        for (const Step &step : all) {
-            const int y = t - step.lag;
-            if (y < 0 || y >= height_)
-                continue;
-            if (step.compute != nullptr)
-                (this->*step.compute)(y);
-            else
-                take(step, y);
-        }
+    const int last = height_ + LAST_LAG;
+    if (threads_ == 1) {
+        const std::vector<Step> all = steps(0, LAST_LAG);
+        for (int t = 0; t < last; ++t)
+            run(all, t);
+        return;
+    }
+    const std::vector<Step> front = steps(0, LAST_LAG - 1), back = steps(LAST_LAG, LAST_LAG);
+    run_side_by_side(
+        last, [&](int t) { run(front, t); }, [&](int t) { run(back, t); });
+}
+
+void LineEngine::run(const std::vector<Step> &steps, int t) {
+    for (const Step &step : steps) {
+        const int y = t - step.lag;
+        if (y < 0 || y >= height_)
+            continue;
+        if (step.compute != nullptr)
+            (this->*step.compute)(y);
+        else
+            take(step, y);
+    }
 }
 
 void LineEngine::take(const Step &step, int y) {
@@ -146,7 +160,7 @@ void LineEngine::write_row(int y) {
 } // namespace cfa::CFA_ROWS
 
 void cfa::run_line_engine(int width, int height, RowSource<CFA_ROWS::Sample> &source,
-                          RowSink<CFA_ROWS::Sample> &sink) {
+                          RowSink<CFA_ROWS::Sample> &sink, int threads) {
     using namespace CFA_ROWS;
     std::optional<DebugRows> images;
     RowTaker *taker = in_force().planes;
@@ -155,5 +169,5 @@ void cfa::run_line_engine(int width, int height, RowSource<CFA_ROWS::Sample> &so
     EngineSettings settings = read_engine_settings();
     if (taker != nullptr)
         compute_for(*taker, settings);
-    LineEngine(width, height, settings, source, sink, taker).run();
+    LineEngine(width, height, settings, source, sink, taker, threads).run();
 }

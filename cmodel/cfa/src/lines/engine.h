@@ -13,6 +13,7 @@
 #include "cmodel/cfa/src/lines/line_buffer.h"
 #include "cmodel/cfa/src/lines/rows.h"
 #include "cmodel/cfa/src/lines/settings.h"
+#include "cmodel/cfa/src/lines/side_by_side.h"
 
 namespace cfa::CFA_ROWS {
 
@@ -21,9 +22,9 @@ using TappedRow = std::variant<std::array<SplitRow<int16_t>, 3>, std::array<Spli
 
 class LineEngine {
   public:
-    /// `taker` may be null: nobody wants rows of planes.
+    /// `taker` may be null: nobody wants rows of planes. threads: 1, or 2.
     LineEngine(int width, int height, const EngineSettings &settings, RowSource<Sample> &source,
-               RowSink<Sample> &sink, RowTaker *taker);
+               RowSink<Sample> &sink, RowTaker *taker, int threads);
     void run();
 
     /// One line of the schedule: at each step t a stage computes row t - lag.
@@ -48,7 +49,8 @@ class LineEngine {
         TappedRow (*row)(LineEngine &engine, int y);
         const PlaneInfo *plane;
     };
-    std::vector<Step> steps() const;
+    std::vector<Step> steps(int first_lag, int last_lag) const;
+    void run(const std::vector<Step> &steps, int t);
     void take(const Step &step, int y);
 
     // What taps show beside the planes of the stages (engine_taps.cpp).
@@ -98,6 +100,9 @@ class LineEngine {
     int color_parity(int y) const { return settings_.first_color_parity ^ (y & 1); }
     int own_color(int y) const { return settings_.first_color ^ (y & 1); }
     Lines lines(int rows) const { return Lines(width_, height_, rows); }
+    // Written by the stages before the last lag, read by those of the last: on a thread of its own the first
+    // are ahead.
+    Lines ahead(int rows) const { return lines(rows + (threads_ > 1 ? FRONT_LEAD : 0)); }
     static FiveSamples along_row(const Lines &plane, int y, int parity);
     static FiveSamples along_column(const Lines &plane, int y, int parity);
     void decide_half(int y, int parity, DirectionByLeft out, bool may_vote, int first, int count);
@@ -112,26 +117,27 @@ class LineEngine {
     RowSource<Sample> &source_;
     RowSink<Sample> &sink_;
     RowTaker *const taker_;
+    const int threads_;
 
     // Planes: the number is how many rows are alive, counted from the stage that writes to the last that
     // reads. Pairs of colours are red, blue; pairs of candidates are horizontal, vertical.
-    Lines raw_ = lines(8);
-    Lines average_[3] = {lines(4), lines(4), lines(4)};
+    Lines raw_ = ahead(8);
+    Lines average_[3] = {ahead(4), ahead(4), ahead(4)};
     Lines green_h_ = lines(5), green_v_ = lines(5);           // raw at green sites
     Lines difference_h_ = lines(3), difference_v_ = lines(3); // raw - green at red/blue sites
-    Lines candidate_h_ = lines(4), candidate_v_ = lines(4);   // sharpened, at red/blue sites
-    Lines activity_h_ = lines(4), activity_v_ = lines(4);
+    Lines candidate_h_ = ahead(4), candidate_v_ = ahead(4);   // sharpened, at red/blue sites
+    Lines activity_h_ = ahead(4), activity_v_ = ahead(4);
     Lines column_of_three_ = lines(1), column_of_five_ = lines(1), largest_ = lines(3);
     Lines first_h_ = lines(5), row_sum_ = lines(5); // of green_h along the row
-    std::array<Lines, 2> color_h_{lines(3), lines(3)}, color_v_{lines(5), lines(5)};
-    std::array<Lines, 2> distance_h_{lines(3), lines(3)}, distance_v_{lines(5), lines(5)}; // from their green
+    std::array<Lines, 2> color_h_{ahead(3), ahead(3)}, color_v_{ahead(5), ahead(5)};
+    std::array<Lines, 2> distance_h_{ahead(3), ahead(3)}, distance_v_{ahead(5), ahead(5)}; // from their green
     // At green sites: distance of green from the mean of its left and right, and of its upper and lower
     // neighbours.
-    Lines beside_ = lines(3), across_ = lines(4);
+    Lines beside_ = ahead(3), across_ = ahead(4);
     // At red/blue sites: spread of three such distances along the row, down the column.
-    Lines outer_h_ = lines(5), outer_v_ = lines(1);
+    Lines outer_h_ = ahead(5), outer_v_ = lines(1);
     LineBuffer<int32_t> sig_h_{width_, height_, 1}, sig_v_{width_, height_, 1};
-    Lines luma_ = lines(1), vote_below_ = lines(3), vote_right_ = lines(1), direction_ = lines(2);
+    Lines luma_ = lines(1), vote_below_ = ahead(3), vote_right_ = lines(1), direction_ = lines(2);
     Lines forced_ = lines(1); // every row's direction, where one is forced
     Lines by_left_[3] = {lines(1), lines(1), lines(1)};
     Lines pair_before_ = lines(1);
@@ -140,13 +146,13 @@ class LineEngine {
     LineBuffer<int32_t> weight_inverse_{width_, height_, 1};
     Lines range_low_ = lines(1), range_high_ = lines(1);
     Lines extreme_max_[3] = {lines(4), lines(4), lines(4)}, extreme_min_[3] = {lines(4), lines(4), lines(4)};
-    Lines luma_weight_ = lines(2),
+    Lines luma_weight_ = ahead(2),
           range_rows_[6] = {lines(1), lines(1), lines(1), lines(1), lines(1), lines(1)};
     Lines column_steps_ = lines(1), row_steps_ = lines(5); // of green_h down, of green_v along the row
     LineBuffer<int32_t> gradient_{width_, height_, 1};
-    Lines color_distance_ = lines(3), column_sum_ = lines(1), spread_ = lines(1), edge_ = lines(3);
-    Lines first_v_ = lines(1), phase_ = lines(2), widest_ = lines(1), mix_ = lines(1), pull_ = lines(1);
-    Lines mosaic_luma_ = lines(3), detail_ = lines(1), rgb_luma_ = lines(1), gain_ = lines(1);
+    Lines color_distance_ = ahead(3), column_sum_ = lines(1), spread_ = lines(1), edge_ = ahead(3);
+    Lines first_v_ = lines(1), phase_ = ahead(2), widest_ = lines(1), mix_ = lines(1), pull_ = lines(1);
+    Lines mosaic_luma_ = ahead(3), detail_ = lines(1), rgb_luma_ = lines(1), gain_ = lines(1);
     Lines rgb_[3] = {lines(1), lines(1), lines(1)}, smoothed_[3] = {lines(1), lines(1), lines(1)};
     Lines dc_ = lines(1);
     // What only taps show.

@@ -9,6 +9,7 @@
 #include "cmodel/cfa/src/lines/kernels/file_words.h"
 #include "cmodel/cfa/src/lines/row_writer.h"
 #include "cmodel/cfa/src/lines/rows.h"
+#include "cmodel/cfa/src/lines/side_by_side.h"
 
 namespace cfa {
 
@@ -87,12 +88,17 @@ template <class Word> void write_gain_of_one(const char *path, const WordStore &
     writer->close();
 }
 
+// Below a megapixel a second thread wins less than a millisecond.
+int threads_for(const WordStore &store) {
+    return store.size() / store.word_bytes() > 1000000 && usable_processors() > 1 ? 2 : 1;
+}
+
 template <class Word, class Sample> void run_words(WordStore &store, const OutputPaths &out) {
     const bool sharpens = registers().reg_cfa_shpn_enable == 1; // otherwise the gain is 1.0 everywhere
     const LargeBuffer gain = sharpens ? make_large_buffer(store.size()) : nullptr;
     WordSource<Word, Sample> source(store);
     WordSink<Word, Sample> sink(store, out.rgb, reinterpret_cast<Word *>(gain.get()));
-    run_line_engine(store.header().width, store.header().height, source, sink);
+    run_line_engine(store.header().width, store.header().height, source, sink, threads_for(store));
     write_all(out.dc, store.header(), store.row<Word>(0), store.size());
     if (sharpens)
         write_all(out.gain, store.header(), gain.get(), store.size());

@@ -57,23 +57,24 @@ uint32_t union_of(const uint32_t *samples, size_t count) {
     return all;
 }
 
-template <class Sample> void run(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
+template <class Sample>
+void run(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg, int threads) {
     FrameSource<Sample> source(raw);
     FrameSink<Sample> sink(out_rgb, out_dc, out_sg);
-    run_line_engine(width_of(raw), height_of(raw), source, sink);
+    run_line_engine(width_of(raw), height_of(raw), source, sink, threads);
 }
 
 } // namespace
 
-bool cfa_lines(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg) {
+bool cfa_lines(const FRAME *raw, FRAME *out_rgb, FRAME *out_dc, FRAME *out_sg, int threads) {
     const size_t pixels = static_cast<size_t>(raw->width) * raw->height;
     const uint32_t all = union_of(raw->data, pixels);
     if (cfa_lines_excludes(raw->width, raw->height) != nullptr || !cfa_lines_take_samples(all))
         return false;
     if (cfa_lines_need_wide_rows(all))
-        run<int32_t>(raw, out_rgb, out_dc, out_sg);
+        run<int32_t>(raw, out_rgb, out_dc, out_sg, threads);
     else
-        run<int16_t>(raw, out_rgb, out_dc, out_sg);
+        run<int16_t>(raw, out_rgb, out_dc, out_sg, threads);
     return true;
 }
 

@@ -43,7 +43,11 @@ class RowTaker {
 /// registers and the size, and every sample to be within cfa_lines_take_samples; on 16-bit rows also that
 /// cfa_lines_need_wide_rows does not ask for others. The taker of planes in force gets their rows; debug
 /// images are written where they are wanted, all opened before the first row is read.
-void run_line_engine(int width, int height, RowSource<int16_t> &source, RowSink<int16_t> &sink);
-void run_line_engine(int width, int height, RowSource<int32_t> &source, RowSink<int32_t> &sink);
+/// threads: 1 or 2; with 2, rows of the source, of the DC image and of some planes are asked for and given on
+/// a thread of their own.
+void run_line_engine(int width, int height, RowSource<int16_t> &source, RowSink<int16_t> &sink,
+                     int threads = 1);
+void run_line_engine(int width, int height, RowSource<int32_t> &source, RowSink<int32_t> &sink,
+                     int threads = 1);
 
 } // namespace cfa

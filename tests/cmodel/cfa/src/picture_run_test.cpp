@@ -69,6 +69,7 @@ TEST_CASE_FIXTURE(Bench, "rows and frames: more than a block, rows of more than 
     for (const bool sharpens : {false, true}) {
         cfa_reg.hw.reg_cfa_shpn_enable = sharpens;
         compare(mosaic(1000, 150));
+        compare(mosaic(1001, 1000)); // two threads
         compare(mosaic(50001, 3));
     }
     for (const int bits : {0, 1, 2, 7, 8, 9, 12, 15, 16, 17, 24, 25, 30})
