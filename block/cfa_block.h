@@ -112,7 +112,7 @@ CFA_API int cfa_block_run(cfa_block *block, uint32_t width, uint32_t height, con
  * one takes 0.6 of the time from a megapixel on; where the system has none left, one does the work. */
 CFA_API int cfa_block_set_threads(cfa_block *block, int threads);
 
-/* Why the last run went over whole planes, which takes some twenty-five times as long: null if it did not. */
+/* Why the last run went over whole planes, which takes up to forty times as long: null if it did not. */
 CFA_API const char *cfa_block_slow_reason(const cfa_block *block);
 
 /* ---- planes between the stages ------------------------------------------------------------------------------- */
