@@ -7,6 +7,7 @@
 
 #include "tools/cfatool/base/files.h"
 #include "tools/cfatool/compare/compare_json.h"
+#include "tools/cfatool/runs/run_images.h"
 #include "tools/cfatool/subcommands.h"
 
 namespace cfatool {

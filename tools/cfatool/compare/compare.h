@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "tools/cfatool/compare/picture_compare.h"
+#include "tools/cfatool/runs/run_folder.h"
 #include "tools/cfatool/runs/run_images.h"
 
 namespace cfatool {

@@ -30,17 +30,6 @@ std::vector<ImagePair> pairs_of(const std::string &folder_a, const std::string &
     return list;
 }
 
-std::string result_text(const Comparison &found, int bayer) {
-    if (!found.mismatch.empty())
-        return found.mismatch;
-    const ChannelDifferences all = found.all();
-    if (found.equal())
-        return all.largest == 0 ? "equal" : "equal within the tolerance";
-    return fmt::format("{} of {} samples differ, largest {}, first at {}", all.differing,
-                       found.pixels() * found.channels, all.largest,
-                       difference_text(found, found.list.front(), bayer));
-}
-
 void print_line(const std::string &name, const std::string &text, const CompareCommand &command) {
     if (!command.json)
         std::cout << fmt::format("{:<29} {}\n", name, text);

@@ -1,150 +1,194 @@
-// Comparison of two pictures, row by row.
+// Comparison of two files: bytes first, samples only in the rows that differ.
 #include "tools/cfatool/compare/picture_compare.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
+#include <cstring>
 #include <fmt/core.h>
 #include <limits>
-#include <memory>
+#include <optional>
 
+#include "cmodel/common/color_id.h"
 #include "tools/cfatool/base/trouble.h"
+#include "tools/cfatool/compare/difference_map.h"
 #include "tools/cfatool/pictures/colour_sites.h"
 #include "tools/cfatool/pictures/picture_crop.h"
-#include "tools/cfatool/pictures/png_file.h"
 
 namespace cfatool {
 namespace {
 
-std::string form_of(const PictureInfo &info) {
-    return fmt::format("{}x{} with {}", info.width, info.height,
-                       info.channels == 1 ? "1 channel" : "3 channels");
+constexpr size_t CHUNK_BYTES = 128 * 1024; // of either file: both stay in the cache
+
+std::string form_text(const PlaneForm &form) {
+    return fmt::format("{}x{} with {}", form.width, form.height,
+                       form.channels == 1 ? "1 channel" : "3 channels");
 }
 
-std::string mismatch_of(const PictureReader &a, const PictureReader &b) {
-    const PictureInfo &ia = a.info(), &ib = b.info();
-    if (ia.width != ib.width || ia.height != ib.height || ia.channels != ib.channels)
-        return fmt::format("size mismatch: {} is {}, {} is {}", a.path(), form_of(ia), b.path(), form_of(ib));
-    if (ia.max != ib.max)
-        return fmt::format("depth mismatch: maximum value {} in {}, {} in {}", ia.max, a.path(), ib.max,
+std::string mismatch_of(const PlaneFile &a, const PlaneFile &b) {
+    const PlaneForm &fa = a.form(), &fb = b.form();
+    if (fa.width != fb.width || fa.height != fb.height || fa.channels != fb.channels)
+        return fmt::format("size mismatch: {} is {}, {} is {}", a.path(), form_text(fa), b.path(),
+                           form_text(fb));
+    const bool both_say = fa.max != 0 && fb.max != 0;
+    const bool deep_png = (fa.png || fb.png) && fa.bytes == fb.bytes; // deep samples stand in it as they are
+    if (both_say && fa.max != fb.max && !deep_png)
+        return fmt::format("depth mismatch: maximum value {} in {}, {} in {}", fa.max, a.path(), fb.max,
                            b.path());
     return "";
 }
 
-/// Colour of a difference by its size in bits, out of those of the maximum: blue over magenta to yellow,
-/// never grey.
-uint32_t heat(uint32_t difference, uint32_t max) {
-    constexpr int STOPS[3][3] = {{0, 80, 255}, {255, 0, 160}, {255, 240, 0}};
-    const auto bits = [](uint32_t v) { return static_cast<int>(std::bit_width(v)) - 1; };
-    const int steps = std::max(bits(max), 1);
-    const int step = std::min(bits(difference), steps) * 512 / steps; // 0..512
-    const int stop = std::min(step / 256, 1);
-    uint32_t colour = 0;
-    for (int c = 0; c < 3; ++c)
-        colour = colour << 8 | static_cast<uint32_t>(STOPS[stop][c] + (STOPS[stop + 1][c] - STOPS[stop][c]) *
-                                                                          (step - stop * 256) / 256);
-    return colour;
-}
+/// Samples of one file, some rows at a time.
+struct Side {
+    const PlaneFile &file;
+    std::vector<uint8_t> bytes;
+    std::vector<int32_t> row;
+    bool is_signed;
 
-/// Paints what is equal as a dark grey picture and what differs in colours.
-class Map {
-  public:
-    Map(const std::string &path, const Comparison &found)
-        : png_(path, found.width, found.height), found_(found) {
-        row_.reserve(3 * static_cast<size_t>(found.width));
+    explicit Side(const PlaneFile &of) : file(of), is_signed(of.form().is_signed) {
+        row.resize(of.form().row_samples());
     }
-
-    void add(const uint32_t *a, uint32_t difference) {
-        uint32_t colour = 0;
-        if (difference != 0) {
-            colour = heat(difference, found_.max);
-        } else {
-            const uint64_t level = std::min(a[found_.channels / 2], found_.max) * uint64_t{96} / found_.max;
-            colour = static_cast<uint32_t>(level) * 0x010101;
-        }
-        for (const int shift : {16, 8, 0})
-            row_.push_back(static_cast<uint8_t>(colour >> shift));
+    void read(int y, int rows) {
+        bytes.resize(file.form().row_bytes() * static_cast<size_t>(rows));
+        file.read_bytes(y, rows, bytes.data());
     }
-    void end_row() {
-        png_.write_row(row_);
-        row_.clear();
+    const uint8_t *bytes_of(int i) const {
+        return bytes.data() + file.form().row_bytes() * static_cast<size_t>(i);
     }
-    void commit() { png_.commit(); }
-
-  private:
-    PngWriter png_;
-    const Comparison &found_;
-    std::vector<uint8_t> row_;
+    void decode(int i) { file.decode(bytes_of(i), row.size(), row.data()); }
+    int64_t at(size_t i) const { return is_signed ? row[i] : int64_t{static_cast<uint32_t>(row[i])}; }
+    bool reaches(uint32_t limit) const {
+        uint32_t most = 0;
+        for (const int32_t sample : row)
+            most = std::max(most, static_cast<uint32_t>(sample));
+        return most >= limit;
+    }
 };
 
-/// Compares one pixel; returns its largest difference beyond the tolerance, 0 if there is none.
-uint32_t compare_pixel(Comparison &found, const CompareOptions &options, int x, int y, const uint32_t *a,
-                       const uint32_t *b) {
-    uint32_t beyond = 0;
-    for (int c = 0; c < found.channels; ++c) {
-        const uint32_t difference = std::max(a[c], b[c]) - std::min(a[c], b[c]);
-        if (difference == 0)
-            continue;
-        ChannelDifferences &channel = found.channel[static_cast<size_t>(c)];
+class Comparer {
+  public:
+    Comparer(const PlaneFile &a, const PlaneFile &b, const CompareOptions &options, Comparison &found)
+        : a_(a), b_(b), options_(options), found_(found) {
+        const PlaneForm &fa = a.form(), &fb = b.form();
+        same_form_ = fa.bytes == fb.bytes && fa.big_endian == fb.big_endian && fa.is_signed == fb.is_signed;
+        if (!options.map.empty())
+            map_.emplace(found.width, found.height);
+    }
+
+    void rows(const Crop &crop) {
+        const size_t most = std::max(a_.file.form().row_bytes(), b_.file.form().row_bytes());
+        const int step = static_cast<int>(std::max<size_t>(CHUNK_BYTES / std::max<size_t>(most, 1), 1));
+        for (int y = crop.y; y < crop.y + crop.height; y += step) {
+            const int rows = std::min(step, crop.y + crop.height - y);
+            a_.read(y, rows);
+            b_.read(y, rows);
+            if (equal_bytes(0, rows) && !wanted())
+                continue;
+            for (int i = 0; i < rows; ++i)
+                row(crop, y + i, i);
+        }
+        if (map_)
+            map_->write(options_.map);
+    }
+
+  private:
+    /// Whether samples are needed of rows that are equal, too.
+    bool wanted() const { return map_ || (options_.limit != 0 && !found_.reaches_limit); }
+    bool equal_bytes(int i, int rows) const {
+        return same_form_ && std::memcmp(a_.bytes_of(i), b_.bytes_of(i),
+                                         a_.file.form().row_bytes() * static_cast<size_t>(rows)) == 0;
+    }
+
+    void row(const Crop &crop, int y, int i) {
+        const bool equal = equal_bytes(i, 1);
+        if (equal && !wanted())
+            return;
+        a_.decode(i);
+        b_.decode(i);
+        if (options_.limit != 0 && !found_.reaches_limit)
+            found_.reaches_limit = a_.reaches(options_.limit) || b_.reaches(options_.limit);
+        for (int x = crop.x; x < crop.x + crop.width && (!equal || map_); ++x)
+            pixel(x, y);
+    }
+
+    bool counts(int x, int y) const {
+        if (options_.sites == Sites::all)
+            return true;
+        const uint32_t code = CM_GET_COLOR_ID(static_cast<uint32_t>(y), static_cast<uint32_t>(x),
+                                              static_cast<uint32_t>(options_.bayer));
+        return (options_.sites == Sites::green) == (code == cfa::CODE_GB || code == cfa::CODE_GR);
+    }
+
+    void pixel(int x, int y) {
+        const auto channels = static_cast<size_t>(found_.channels);
+        const size_t at = static_cast<size_t>(x) * channels;
+        uint64_t beyond = 0, most = 0;
+        for (size_t c = 0; c < channels; ++c) {
+            const int64_t a = a_.at(at + c), b = b_.at(at + c);
+            const auto difference = static_cast<uint64_t>(std::max(a, b) - std::min(a, b));
+            if (map_)
+                most = std::max({most, static_cast<uint64_t>(std::max<int64_t>(a, 0)), difference});
+            if (difference != 0 && counts(x, y) && add(x, y, static_cast<int>(c), difference))
+                beyond = std::max(beyond, difference);
+        }
+        if (map_)
+            map_->add(a_.at(at + channels / 2), beyond, most);
+    }
+
+    /// Whether the difference lies beyond the tolerance.
+    bool add(int x, int y, int c, uint64_t difference) {
+        ChannelDifferences &channel = found_.channel[static_cast<size_t>(c)];
         channel.largest = std::max(channel.largest, difference);
         channel.sum += difference;
-        channel.squares += static_cast<double>(difference) * difference;
-        if (difference <= options.tolerance)
-            continue;
+        channel.squares += static_cast<double>(difference) * static_cast<double>(difference);
+        if (difference <= options_.tolerance)
+            return false;
         ++channel.differing;
-        beyond = std::max(beyond, difference);
-        if (found.list.empty())
-            found.left = found.right = x, found.top = y;
-        found.left = std::min(found.left, x);
-        found.right = std::max(found.right, x);
-        found.bottom = y;
-        if (found.list.size() < std::max<size_t>(options.max_list, 1))
-            found.list.push_back({x, y, c, a[c], b[c]});
+        if (found_.list.empty())
+            found_.left = found_.right = x, found_.top = y;
+        found_.left = std::min(found_.left, x);
+        found_.right = std::max(found_.right, x);
+        found_.bottom = y;
+        const size_t at = static_cast<size_t>(x * found_.channels + c);
+        if (found_.list.size() < std::max<size_t>(options_.max_list, 1))
+            found_.list.push_back({x, y, c, a_.at(at), b_.at(at)});
+        return true;
     }
-    return beyond;
-}
+
+    Side a_, b_;
+    const CompareOptions &options_;
+    Comparison &found_;
+    bool same_form_;
+    std::optional<DifferenceMap> map_;
+};
 
 } // namespace
 
-Comparison compare_pictures(const std::string &a, const std::string &b, const CompareOptions &options) {
-    PictureReader reader_a(a), reader_b(b);
+Comparison compare_pictures(const std::string &path_a, const std::string &path_b,
+                            const CompareOptions &options) {
+    const PlaneFile a(path_a), b(path_b);
     Comparison found;
-    found.mismatch = mismatch_of(reader_a, reader_b);
+    found.mismatch = mismatch_of(a, b);
     if (!found.mismatch.empty())
         return found;
-    const PictureInfo &info = reader_a.info();
-    const Crop crop = crop_in(options.crop, reader_a);
+    const PlaneForm &form = a.form().png ? b.form() : a.form();
+    const Crop crop = crop_in(options.crop, path_a, form.width, form.height);
     found.width = crop.width;
     found.height = crop.height;
-    found.channels = info.channels;
-    found.max = info.max;
-    std::unique_ptr<Map> map;
+    found.channels = form.channels;
+    found.max = form.max;
+    found.range = options.range != 0 ? options.range : form.max;
     if (!options.map.empty() && found.pixels() == 0)
-        throw file_trouble(a, "a picture of no pixels has no map");
-    if (!options.map.empty())
-        map = std::make_unique<Map>(options.map, found);
-
-    std::vector<uint32_t> row_a, row_b;
-    const int rows = info.width > 0 ? info.height : 0; // 2147483647 rows of no pixels are nothing to read
-    for (int y = 0; y < rows; ++y) {
-        reader_a.read_row(row_a);
-        reader_b.read_row(row_b);
-        if (y < crop.y || y >= crop.y + crop.height)
-            continue;
-        for (int x = crop.x; x < crop.x + crop.width; ++x) {
-            const size_t at = static_cast<size_t>(x) * info.channels;
-            const uint32_t difference = compare_pixel(found, options, x, y, &row_a[at], &row_b[at]);
-            if (map)
-                map->add(&row_a[at], difference);
-        }
-        if (map)
-            map->end_row();
-    }
-    reader_a.finish();
-    reader_b.finish();
-    if (map)
-        map->commit();
+        throw file_trouble(path_a, "a picture of no pixels has no map");
+    if (found.pixels() > 0) // 2147483647 rows of no pixels are nothing to read
+        Comparer(a, b, options, found).rows(crop);
     return found;
+}
+
+uint32_t range_of_format(const std::string &format) {
+    if (const size_t dots = format.find(".."); dots != std::string::npos)
+        return static_cast<uint32_t>(std::strtoul(format.c_str() + dots + 2, nullptr, 10));
+    const unsigned long bits = format.size() > 1 ? std::strtoul(format.c_str() + 1, nullptr, 10) : 0;
+    return bits == 0 || bits > 31 ? 0 : (1u << (format[0] == 's' ? bits - 1 : bits)) - 1;
 }
 
 ChannelDifferences Comparison::all() const {
@@ -167,7 +211,7 @@ double Comparison::psnr() const {
     if (squares == 0)
         return std::numeric_limits<double>::infinity();
     const double samples = static_cast<double>(pixels()) * channels;
-    return 10 * std::log10(static_cast<double>(max) * max * samples / squares);
+    return 10 * std::log10(static_cast<double>(range) * range * samples / squares);
 }
 
 const char *channel_name(int channels, int channel) {
@@ -181,6 +225,17 @@ std::string difference_text(const Comparison &comparison, const Difference &d, i
         "x {}, y {}{}: {} against {}{}", d.x, d.y,
         comparison.channels > 1 ? fmt::format(", channel {}", channel) : "", d.a, d.b,
         bayer >= 0 ? fmt::format(" ({} site)", site_name(d.x, d.y, static_cast<uint32_t>(bayer))) : "");
+}
+
+std::string result_text(const Comparison &found, int bayer) {
+    if (!found.mismatch.empty())
+        return found.mismatch;
+    const ChannelDifferences all = found.all();
+    if (found.equal())
+        return all.largest == 0 ? "equal" : "equal within the tolerance";
+    return fmt::format("{} of {} samples differ, largest {}, first at {}", all.differing,
+                       found.pixels() * static_cast<uint64_t>(found.channels), all.largest,
+                       difference_text(found, found.list.front(), bayer));
 }
 
 } // namespace cfatool

@@ -11,5 +11,6 @@ namespace cfatool {
 /// The rectangle "X,Y,W,H" in this picture, the whole picture for an empty text. Throws Trouble if it leaves
 /// the picture.
 Crop crop_in(const std::string &text, const PictureReader &reader);
+Crop crop_in(const std::string &text, const std::string &path, int width, int height);
 
 } // namespace cfatool

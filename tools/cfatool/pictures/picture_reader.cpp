@@ -1,6 +1,7 @@
-// Reader of P5 and P6 pictures.
+// Reader of P5, P6 and PNG pictures.
 #include "tools/cfatool/pictures/picture_reader.h"
 
+#include <algorithm>
 #include <bit>
 #include <fmt/core.h>
 #include <limits>
@@ -10,6 +11,7 @@
 #include "cmodel/common/ppm_stream.h"
 #include "tools/cfatool/base/text.h"
 #include "tools/cfatool/base/trouble.h"
+#include "tools/cfatool/pictures/png_file.h"
 
 namespace cfatool {
 namespace {
@@ -31,13 +33,14 @@ int next_character(std::FILE *stream) {
     return c;
 }
 
-/// REQUIRES samples of `bytes` bytes, high byte first.
-void unpack(const std::vector<uint8_t> &from, int bytes, std::vector<uint32_t> &to) {
-    const uint8_t *p = from.data();
-    for (uint32_t &sample : to) {
-        sample = 0;
-        for (int i = 0; i < bytes; ++i)
-            sample = sample << 8 | *p++;
+/// Samples of `Bytes` bytes, high byte first, as a loop that the compiler can vectorise.
+template <int Bytes> void unpack(const uint8_t *from, std::vector<uint32_t> &to) {
+    const size_t count = to.size();
+    for (size_t i = 0; i < count; ++i) {
+        uint32_t sample = 0;
+        for (int b = 0; b < Bytes; ++b)
+            sample = sample << 8 | from[i * Bytes + static_cast<size_t>(b)];
+        to[i] = sample;
     }
 }
 
@@ -48,7 +51,7 @@ PictureReader::PictureReader(const std::string &path) : path_(path), stream_(ope
     read_header();
     const auto need = static_cast<int64_t>(info_.row_samples()) * info_.height * info_.bytes;
     const int64_t left = bytes_left();
-    if (left >= 0 && left < need)
+    if (!info_.png && left >= 0 && left < need)
         throw file_trouble(path, fmt::format("cut short: {} bytes of samples, {} expected", left, need));
     if (info_.height > 0) // the width of a picture without rows may be anything
         buffer_.resize(info_.row_samples() * info_.bytes);
@@ -82,6 +85,8 @@ void PictureReader::read_header() {
         throw errno_trouble(path_);
     const int kind = std::fgetc(stream_.get());
     const int behind = std::fgetc(stream_.get());
+    if (p == 0x89 && kind == 'P' && behind == 'N')
+        return read_png_samples();
     if (p != 'P' || (kind != '5' && kind != '6') || !(is_blank(behind) || behind == '#'))
         throw file_trouble(path_, "not a P5 or P6 picture");
     std::ungetc(behind, stream_.get());
@@ -119,15 +124,41 @@ void PictureReader::decide_bytes(uint32_t max) {
     info_.bytes = cfa::ppm_sample_bytes(static_cast<uint32_t>(std::bit_width(max)));
 }
 
-void PictureReader::read_row(std::vector<uint32_t> &row) {
-    if (std::fread(buffer_.data(), 1, buffer_.size(), stream_.get()) != buffer_.size()) {
+int64_t PictureReader::begin() const {
+    return info_.png || bytes_left() < 0 ? -1 : std::ftell(stream_.get());
+}
+
+void PictureReader::read_png_samples() {
+    RgbPicture picture = read_png(path_, PngColours::any);
+    info_ = {picture.width, picture.height, picture.channels, picture.max, picture.max > 255 ? 2 : 1, true};
+    png_ = std::move(picture.samples);
+    std::fseek(stream_.get(), 0, SEEK_END); // what follows the last sample is the decoder's matter
+}
+
+void PictureReader::read_bytes(uint8_t *to, size_t size) {
+    if (info_.png) {
+        std::copy_n(png_.data() + bytes_read_, size, to);
+    } else if (std::fread(to, 1, size, stream_.get()) != size) {
         if (std::ferror(stream_.get()))
             throw errno_trouble(path_);
-        throw file_trouble(path_, fmt::format("cut short in row {}", rows_read_));
+        throw file_trouble(path_, fmt::format("cut short in row {}", bytes_read_ / buffer_.size()));
     }
-    ++rows_read_;
+    bytes_read_ += size;
+}
+
+void PictureReader::read_row(std::vector<uint32_t> &row) {
+    read_bytes(buffer_.data(), buffer_.size());
     row.resize(info_.row_samples());
-    unpack(buffer_, info_.bytes, row);
+    switch (info_.bytes) {
+    case 1:
+        return unpack<1>(buffer_.data(), row);
+    case 2:
+        return unpack<2>(buffer_.data(), row);
+    case 3:
+        return unpack<3>(buffer_.data(), row);
+    default:
+        return unpack<4>(buffer_.data(), row);
+    }
 }
 
 void PictureReader::finish() {

@@ -67,6 +67,8 @@ bool read_header(Reader &reader, std::FILE *stream, Header &header) {
                          png_get_valid(reader.png, reader.info, PNG_INFO_tRNS) != 0;
     if (header.colour == PNG_COLOR_TYPE_PALETTE)
         png_set_palette_to_rgb(reader.png);
+    if (header.colour == PNG_COLOR_TYPE_GRAY && header.depth < 8)
+        png_set_expand_gray_1_2_4_to_8(reader.png);
     png_set_interlace_handling(reader.png);
     png_read_update_info(reader.png, reader.info);
     return true;
@@ -160,7 +162,7 @@ bool is_png(const std::string &path) {
            png_sig_cmp(signature, 0, sizeof signature) == 0;
 }
 
-RgbPicture read_png(const std::string &path) {
+RgbPicture read_png(const std::string &path, PngColours colours) {
     const Stream stream = open_to_read(path);
     Reader reader;
     Header header;
@@ -168,12 +170,14 @@ RgbPicture read_png(const std::string &path) {
         throw file_trouble(path, reader.message.text);
     if (header.transparent)
         throw file_trouble(path, "has an alpha channel or a transparent colour; an RGB picture is needed");
-    if ((header.colour & PNG_COLOR_MASK_COLOR) == 0)
+    const bool grey = (header.colour & PNG_COLOR_MASK_COLOR) == 0;
+    if (grey && colours == PngColours::rgb)
         throw file_trouble(path, "is greyscale; an RGB picture is needed");
 
     RgbPicture picture;
     picture.width = static_cast<int>(header.width);
     picture.height = static_cast<int>(header.height);
+    picture.channels = grey ? 1 : 3;
     picture.max = header.depth == 16 ? 65535 : 255;
     const size_t row_bytes = png_get_rowbytes(reader.png, reader.info);
     picture.samples.resize(row_bytes * header.height);

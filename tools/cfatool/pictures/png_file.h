@@ -33,10 +33,11 @@ class PngWriter {
     State *state_;
 };
 
-/// A whole RGB picture; channels interleaved, max 255 or 65535.
+/// A whole picture; channels interleaved, max 255 or 65535.
 struct RgbPicture {
     int width = 0;
     int height = 0;
+    int channels = 3; // or 1
     uint32_t max = 0;
     std::vector<uint8_t> samples; // 1 or 2 (max 65535, high byte first) bytes each
 };
@@ -44,8 +45,12 @@ struct RgbPicture {
 /// Whether the file begins as a PNG file does. Throws Trouble for one that cannot be opened.
 bool is_png(const std::string &path);
 
-/// Reads an RGB PNG of 8 or 16 bits (or with a palette of RGB colours), values as they stand, no gamma
-/// applied. Throws Trouble for a missing or malformed file, for alpha and for greyscale.
-RgbPicture read_png(const std::string &path);
+/// Whether greyscale is taken beside colour.
+enum class PngColours { rgb, any };
+
+/// Reads a PNG of 8 or 16 bits (or with a palette of RGB colours, or of fewer bits of grey, which are scaled
+/// to 8), values as they stand, no gamma applied. Throws Trouble for a missing or malformed file, for alpha,
+/// and for greyscale unless it is taken.
+RgbPicture read_png(const std::string &path, PngColours colours = PngColours::rgb);
 
 } // namespace cfatool

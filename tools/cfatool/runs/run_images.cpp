@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <set>
 
-#include "cmodel/cfa/src/planes.h"
 #include "tools/cfatool/base/trouble.h"
 
 namespace cfatool {
@@ -25,12 +24,12 @@ std::string file_of(const cfa::PlaneInfo &plane) {
 }
 
 std::vector<RunImage> all_images() {
-    std::vector<RunImage> images = {{"raw.ppm", "input", "the mosaic as read", "u12"}};
+    std::vector<RunImage> images = {{"raw.ppm", "input", "the mosaic as read", "u12", nullptr}};
     for (const cfa::PlaneInfo &plane : cfa::planes()) {
         const std::string note = plane.image.note;
         if (file_of(plane) != "")
             images.push_back({file_of(plane), plane.image.stage[0] != '\0' ? plane.image.stage : plane.stage,
-                              plane.shows + (note.empty() ? "" : "; shown: " + note), plane.format});
+                              plane.shows + (note.empty() ? "" : "; shown: " + note), plane.format, &plane});
     }
     return images;
 }

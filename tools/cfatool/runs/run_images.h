@@ -13,14 +13,17 @@
 #include <string>
 #include <vector>
 
+#include "cmodel/cfa/src/planes.h"
+
 namespace cfatool {
 
 /// What is known about one image.
 struct RunImage {
     std::string file;
-    std::string stage; // the function that computes it
-    std::string shows; // one line
-    std::string range; // of its samples at regular input
+    std::string stage;           // the function that computes it
+    std::string shows;           // one line
+    std::string range;           // of its samples at regular input
+    const cfa::PlaneInfo *plane; // that it shows; null for the mosaic
 };
 
 /// Input, debug images and outputs, each behind everything that it is computed from.

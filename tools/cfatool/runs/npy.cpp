@@ -1,0 +1,83 @@
+// The header of NumPy files: a magic word, a length, and a dictionary in Python's notation.
+#include "tools/cfatool/runs/npy.h"
+
+#include <bit>
+#include <fmt/core.h>
+#include <regex>
+#include <sys/stat.h>
+
+#include "tools/cfatool/base/trouble.h"
+
+namespace cfatool {
+namespace {
+
+static_assert(std::endian::native == std::endian::little, "samples are written as they stand in memory");
+
+constexpr std::string_view MAGIC = "\x93NUMPY";
+constexpr size_t PREFIX = 10;    // magic, version, length of the dictionary
+constexpr size_t ALIGNMENT = 64; // of the first sample
+
+std::string read_dictionary(const std::string &path, std::FILE *stream) {
+    uint8_t head[12] = {};
+    bool good = std::fread(head, 1, PREFIX, stream) == PREFIX;
+    size_t length = head[8] | static_cast<size_t>(head[9]) << 8;
+    if (good && head[6] >= 2) { // format 2 has four bytes for the length
+        good = std::fread(head + PREFIX, 1, 2, stream) == 2;
+        length |= static_cast<size_t>(head[10]) << 16 | static_cast<size_t>(head[11]) << 24;
+    }
+    std::string text(good ? std::min<size_t>(length, 1 << 16) : 0, ' ');
+    if (!good || length != text.size() || std::fread(text.data(), 1, length, stream) != length)
+        throw file_trouble(path, "cut short in the NumPy header");
+    return text;
+}
+
+/// The part of the dictionary that the first group matches.
+std::string entry(const std::string &path, const std::string &text, const char *expression) {
+    std::smatch found;
+    if (!std::regex_search(text, found, std::regex(expression)))
+        throw file_trouble(path, "a NumPy array that is no plane of whole numbers: " + text);
+    return found[1];
+}
+
+} // namespace
+
+PlaneForm read_npy_header(const std::string &path, std::FILE *stream) {
+    const std::string text = read_dictionary(path, stream);
+    const std::string kind = entry(path, text, "'descr': *'([<>|=]?[iub][1248])'");
+    entry(path, text, "'fortran_order': *(False)");
+    const std::string shape =
+        entry(path, text, "'shape': *\\( *(\\d{1,9} *, *\\d{1,9} *(?:, *[13])?) *,? *\\)");
+    PlaneForm form;
+    form.channels = 1;
+    std::sscanf(shape.c_str(), "%d , %d , %d", &form.height, &form.width, &form.channels);
+    form.bytes = kind.back() - '0';
+    form.big_endian = kind[0] == '>';
+    form.is_signed = kind[kind.size() - 2] == 'i';
+    form.begin = std::ftell(stream);
+
+    struct stat status = {};
+    const int64_t need = static_cast<int64_t>(form.row_bytes()) * form.height;
+    const int64_t left = fstat(fileno(stream), &status) == 0 ? status.st_size - form.begin : 0;
+    if (left != need)
+        throw file_trouble(path, fmt::format("{}: {} bytes of samples, {} expected",
+                                             left < need ? "cut short" : "too long", left, need));
+    return form;
+}
+
+void write_npy(const std::string &path, const PlaneForm &form, const void *samples) {
+    std::string text = fmt::format("{{'descr': '<{}{}', 'fortran_order': False, 'shape': ({}, {}{}), }}",
+                                   form.is_signed ? 'i' : 'u', form.bytes, form.height, form.width,
+                                   form.channels > 1 ? fmt::format(", {}", form.channels) : "");
+    const size_t used = (PREFIX + text.size() + 1) % ALIGNMENT;
+    text += std::string((ALIGNMENT - used) % ALIGNMENT, ' ') + '\n';
+    const char version_and_length[] = {1, 0, static_cast<char>(text.size() & 255),
+                                       static_cast<char>(text.size() >> 8)};
+    OutputFile file(path);
+    file.write(MAGIC.data(), MAGIC.size());
+    file.write(version_and_length, sizeof version_and_length);
+    file.write(text);
+    file.write(samples, form.row_bytes() * static_cast<size_t>(form.height));
+    file.commit();
+}
+
+} // namespace cfatool
