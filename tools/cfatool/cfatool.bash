@@ -6,7 +6,8 @@ _cfatool_options() {
     chart) echo --list --size --bayer --bits --seed --noise --period --angle --rgb -o ;;
     mosaic) echo --bayer --bits --noise --seed -o ;;
     preview) echo -o --gain --false-colour --crop --zoom ;;
-    compare) echo --tolerance --crop --bayer --map --max-list --common --json ;;
+    run) echo -o -r --top --set --bayer --mosaic --debug --planes ;;
+    compare) echo --tolerance --crop --bayer --map --max-list --common --explain --quiet --json ;;
     probe) echo --window --json ;;
     hex) echo --crop -o ;;
     "regs defaults") echo -o ;;
@@ -23,7 +24,7 @@ _cfatool_options() {
 # Words that stand at this place besides files; the program knows its charts and registers.
 _cfatool_words() {
     case $1 in
-    "") echo chart mosaic preview compare probe hex regs report conformance --version --help ;;
+    "") echo chart mosaic preview run compare probe hex regs report conformance --version --help ;;
     regs) echo defaults check diff set dump doc --help ;;
     chart) "$2" chart --list 2>/dev/null | cut -d' ' -f1 ;;
     "regs defaults") echo cfa cmodel_top ;;

@@ -88,6 +88,11 @@ void Command::text(const std::string &name, std::string &target, const std::stri
     app_.add_option(name, target, help)->type_name(type)->required(need == Need::required);
 }
 
+void Command::texts(const std::string &name, std::vector<std::string> &target, const std::string &type,
+                    const std::string &help) {
+    app_.add_option(name, target, help)->type_name(type)->allow_extra_args(false);
+}
+
 void Command::number_option(const std::string &name, const std::function<void(int64_t)> &store, int64_t min,
                             int64_t max, const std::string &help, Need need) {
     const auto read = [=](const std::string &text) { store(parse_decimal(text, name, min, max)); };

@@ -38,6 +38,10 @@ class Command {
     void text(const std::string &name, std::string &target, const std::string &type, const std::string &help,
               Need need = Need::optional);
 
+    /// An option with a text that may be given several times.
+    void texts(const std::string &name, std::vector<std::string> &target, const std::string &type,
+               const std::string &help);
+
     /// An option with one whole decimal number of min..max.
     template <class Integer> void number(const std::string &name, Integer &target, int64_t min, int64_t max,
                                          const std::string &help, Need need = Need::optional) {

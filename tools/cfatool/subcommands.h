@@ -6,6 +6,7 @@
 namespace cfatool {
 
 // Each says what its subcommand takes and does.
+void run_command(Command &command);
 void chart_command(Command &command);
 void mosaic_command(Command &command);
 void preview_command(Command &command);
@@ -20,7 +21,8 @@ inline constexpr Subcommand SUBCOMMANDS[] = {
     {"chart", "Write a test chart as a mosaic (P5)", chart_command},
     {"mosaic", "Sample an RGB picture into a mosaic (P5)", mosaic_command},
     {"preview", "Show images as a PNG, several of them side by side", preview_command},
-    {"compare", "Compare two pictures, or all images of two runs", compare_command},
+    {"run", "Run the block on a picture: a new folder with all it reads and makes", run_command},
+    {"compare", "Compare two pictures, or two runs: which stage is wrong", compare_command},
     {"probe", "Show one pixel in every image of a run, in pipeline order", probe_command},
     {"hex", "Print a picture as $readmemh text, one sample a line", hex_command},
     {"regs", "Make, check, compare and change register files", regs_command},

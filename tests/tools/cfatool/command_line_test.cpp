@@ -19,7 +19,7 @@ TEST_CASE_FIXTURE(Room, "help, manual page and completion know the same subcomma
         CHECK_MESSAGE(options == matches_in(bash.substr(line, bash.find(";;", line) - line), "\\s(-o|--[a-gi-z][a-z-]+)"), name);
     }
     for (const auto &[line, offered] : std::vector<std::pair<std::string, std::string>>{
-             {"''", "chart mosaic preview compare probe hex regs report conformance --version --help\n"}, {"hex -", "--crop -o --help\n"},
+             {"''", "chart mosaic preview run compare probe hex regs report conformance --version --help\n"}, {"hex -", "--crop -o --help\n"},
              {"regs ''", "defaults check diff set dump doc --help\n"}, {"chart zo", "zone-plate\n"}, {"regs set x reg_cfa_vw", "reg_cfa_vw_thd=\n"}}) {
         put("c", "source '" + file + "'\nCOMP_WORDS=(\"$CFATOOL\" " + line + ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_cfatool\necho ${COMPREPLY[@]}\n");
         CHECK(run_program({"/bin/bash", *this / "c"}).out == offered);
@@ -71,7 +71,7 @@ TEST_CASE_FIXTURE(Room, "command lines: names, numbers, files; what goes wrong l
            {"conformance --sums c.ini", 2, "c.ini: line 1 is no sum"},
            {"compare p.ppm .", 2, "cfatool compare: one of p.ppm and . is a folder, the other is not"},
            {"compare . . --map x", 2, "cfatool compare: --map goes with two pictures, not with folders"},
-           {"compare p.ppm p.ppm --common", 2, "cfatool compare: --common goes with two folders"}});
+           {"compare p.ppm p.ppm --common", 2, "cfatool compare: --common and --explain go with two folders"}});
     CHECK(list() == files);
     CHECK(get("c.ini") == "[cfa]\nreg_cfa_enable = 1\n");
 }

@@ -1,5 +1,12 @@
+#include <filesystem>
+#include <png.h>
+#include <sstream>
+
 #include "tests/tools/cfatool/room.h"
+#include "tools/cfatool/compare/difference_kind.h"
 #include "tools/cfatool/pictures/png_file.h"
+
+namespace fs = std::filesystem;
 
 // clang-format off
 TEST_CASE_FIXTURE(Room, "compare of two pictures: status and words, for scripts too") {
@@ -46,26 +53,114 @@ TEST_CASE_FIXTURE(Room, "compare of two pictures: status and words, for scripts 
     CHECK(cfatool::read_png(*this / "m").samples == std::vector<uint8_t>{0, 0, 0, 96, 96, 96, 0, 80, 255, 255, 0, 160, 255, 240, 0});
 }
 
-TEST_CASE_FIXTURE(Room, "two runs are compared in pipeline order, and the first stage that differs is named") {
-    for (const char *name : {"raw", "dbg/dbg_img_AHDiff", "dbg/dbg_img_MinRGB", "out", "another"})
-        for (const std::string side : {"a/", "b/"})
-            put(side + name + ".ppm", picture("P5 2 1 4095", {7, 8}));
-    check({{"compare a b", 0, "\nno difference in 5 images\n"}});
-    put("b/dbg/dbg_img_AHDiff.ppm", picture("P5 2 1 4095", {1, 1}));
-    put("b/dbg/dbg_img_MinRGB.ppm", picture("P5 2 1 4095", {7, 9}));
-    put("b/dbg/dbg_img_GH.ppm", picture("P5 2 1 4095", {1, 1}));
-    const std::string first = "1 of 2 samples differ, largest 1, first at x 1, y 0: 8 against 9\n";
-    check({{"compare a b", 1, "raw.ppm                       equal\ndbg_img_GH.ppm                only in b\n"
-                "dbg_img_MinRGB.ppm            " + first +
-                "dbg_img_AHDiff.ppm            2 of 2 samples differ, largest 7, first at x 0, y 0: 7 against 1\n"
-                "out.ppm                       equal\nanother.ppm                   equal\n"
-                "first stage that differs: cfa_CalPredictPixel, dbg_img_MinRGB.ppm: " + first},
-           {"compare a b --json", 1, R"("only_a":[],"only_b":["dbg_img_GH.ppm"],"first_stage":"cfa_CalPredictPixel"})" "\n"},
-           {"compare a b --tolerance 6 --common", 1, ""}, {"compare a b --tolerance 7", 1, "1 on one side only"},
-           {"compare a b --tolerance 7 --common", 0, ""}});
-    put("b/out.ppm", "P5 2 1 4095\n\1");
-    CHECK(run("compare a b --tolerance 7 --common").status == 2);
-    CHECK(contains(run("compare a .").err, "cfatool compare: no image is in both a and ."));
-    CHECK(contains(run("compare a b").err, "b/out.ppm: cut short"));
+TEST_CASE_FIXTURE(Room, "PNG files and the images of a run are compared in their own range") {
+    const auto row = [](uint32_t last) { return Samples{1, 2, last}; };
+    put("p8", picture("P5 3 1 255", row(9)));
+    put("p16", picture("P5 3 1 4095", row(700)));
+    const uint8_t grey[] = {1, 2, 9};
+    const uint16_t deep[] = {1, 2, 701};
+    for (const bool is_deep : {false, true}) {
+        png_image image = {};
+        image.version = PNG_IMAGE_VERSION;
+        image.width = 3, image.height = 1, image.format = is_deep ? PNG_FORMAT_LINEAR_Y : PNG_FORMAT_GRAY;
+        const void *const samples = is_deep ? static_cast<const void *>(deep) : grey;
+        REQUIRE(png_image_write_to_file(&image, (*this / (is_deep ? "deep.png" : "grey.png")).c_str(), 0, samples, 0, nullptr));
+    }
+    put("dbg_img_SigH.ppm", picture("P5 1 1 16777215", {0}));
+    put("dbg_img_YMoire.ppm", picture("P5 1 1 255", {0}));
+    put("one24", picture("P5 1 1 16777215", {131071}));
+    put("one8", picture("P5 1 1 255", {255}));
+    check({{"compare grey.png p8", 0, "grey.png and p8 are equal: 3x1, 1 channel, maximum value 255\n"}, {"compare p16 deep.png", 1, "x 2, y 0: 700 against 701\n"},
+           {"compare grey.png p16", 1, "depth mismatch: maximum value 255 in grey.png, 4095 in p16\n"}, {"compare p16 deep.png --quiet", 1, "differ: 3x1, 1 channel, maximum value 4095\n"},
+           {"compare dbg_img_SigH.ppm one24", 1, "PSNR 0.00 dB"}, {"compare dbg_img_YMoire.ppm one8", 1, "PSNR 0.00 dB"}}); // variances end at 131071; 12 bits are cut to 8
+    CHECK(!contains(run("compare p16 deep.png --quiet").out, "PSNR"));
+    put("wide", picture("P5 2000 1 255", Samples(2000, 0)));
+    Samples samples(2000, 0);
+    samples[700] = 255;
+    put("spot", picture("P5 2000 1 255", samples));
+    check({{"compare wide spot --map m", 1, ""}}); // a pixel of 2000 is painted five wide
+    const cfatool::RgbPicture map = cfatool::read_png(*this / "m");
+    for (size_t x = 697; x < 704; ++x)
+        CHECK((map.samples[3 * x] == 255) == (x >= 698 && x <= 702));
+}
+
+TEST_CASE_FIXTURE(Room, "what kind of difference it is") {
+    Samples a;
+    for (uint32_t i = 0; i < 3 * 12 * 10; ++i)
+        a.push_back(i * i * 7 % 3001 | 8);
+    const auto grey = [&](auto change, uint32_t range = 4095, const char *head = "P5 12 10 4095") {
+        const bool colour = head[1] == '6';
+        Samples from(a.begin(), a.begin() + (colour ? 360 : 120)), b = from;
+        for (int y = 0; y < 10; ++y)
+            for (int x = 0; x < 12; ++x)
+                change(from, b, x, y, colour ? 3 * (12 * y + x) : 12 * y + x);
+        put("a", picture(head, from));
+        put("b", picture(head, b));
+        std::string text;
+        for (const std::string &kind : cfatool::difference_kinds(*this / "a", *this / "b", cfatool::compare_pictures(*this / "a", *this / "b", {}), range, 3, cfatool::Sites::all))
+            text += kind + ";";
+        return text;
+    };
+    using S = Samples;
+    CHECK(grey([](S &, S &b, int, int, int i) { b[i] &= ~8u; }) == "bit 3 is lost in B;");
+    CHECK(grey([](S &, S &b, int x, int, int i) { b[i] += x % 3 == 0 ? 5 : 0; }) == "B is A + 5;");
+    CHECK(grey([](S &, S &b, int, int, int i) { b[i] = (b[i] << 8 & 0xFF00) | b[i] >> 8; }, 0) == "the bytes are swapped;");
+    CHECK(grey([](S &from, S &b, int x, int, int i) { b[i] = x > 0 ? from[i - 1] : 8; }) == "B is A shifted by one column to the right;");
+    CHECK(grey([](S &from, S &b, int, int y, int i) { b[i] = y < 9 ? from[i + 12] : 8; }) == "B is A shifted by one row up;");
+    CHECK(grey([](S &, S &b, int x, int y, int i) { b[i] += y == 0 ? x : 0; }) == "only in the first row;");
+    CHECK(grey([](S &, S &b, int x, int y, int i) { b[i] += x > 9 ? y + x : 0; }) == "only in the last 2 columns;");
+    CHECK(grey([](S &, S &b, int x, int y, int i) { b[i] += x % 2 == 1 && y % 2 == 0 ? y + x : 0; }) == "only at Gr sites;"); // RGGB
+    CHECK(grey([](S &, S &b, int x, int y, int i) { b[i + 1] += y + x; }, 4095, "P6 12 10 4095") == "only in channel G;");
+    CHECK(grey([](S &from, S &b, int x, int y, int i) { if (y % 3 == 0) from[i] = 4095, b[i] -= x; }) == "only where a sample is 4095 or more;");
+    CHECK(grey([](S &, S &b, int x, int y, int i) { b[i] += x * y % 7; }) == "");
+    CHECK(grey([](S &, S &b, int x, int y, int i) { b[i] += x == 5 && y < 3 ? 4 : 0; }) == ""); // three may be chance
+}
+
+TEST_CASE_FIXTURE(Room, "the stage that is wrong, or those that may be: planes of one run changed by hand") {
+    const std::string all = "--set reg_cfa_ymoire_enable=1 --set reg_cfa_shpn_enable=1 ";
+    check({{"chart scene --size 32x24 --bayer 1 -o raw.ppm", 0, ""}, {"run raw.ppm --bayer 1 --debug --planes -o all " + all, 0, "all\n"}, {"run raw.ppm --bayer 1 --debug --planes -o off", 0, ""},
+           {"run raw.ppm --bayer 1 --set reg_cfa_enable=0 -o bypass", 0, ""}, {"run raw.ppm --bayer 1 --debug --planes -o same " + all, 0, ""}, {"compare all same", 0, "\nno difference in 82 files\n"}});
+    struct Row {
+        std::string run, files; // whose first or, with !, last sample is inverted
+        bool exact;             // with planes; else debug images and outputs alone
+        std::string text;
+    };
+    const std::string moire_off = "off (2): cfa_DeYMoire cfa_CalYMoireWgt\n";
+    for (const Row &row : std::vector<Row>{
+             {"all", "SigH DirInfo cfa_RGB", true, "first stage that differs: cfa_CalVarOfColorDiffAtG, SigH at green sites: 1 of 768 samples differ, largest 1, first at x 0, y 0"}, // Gb B: a green corner
+             {"all", "!SigH DirInfo", true, "first stage that differs: cfa_CalVarOfColorDiffAtG, SigH at green"}, {"all", "AHDiff SigH SigV", true, "differs: cfa_CalVarOfColorDiffAtG, AHDiff: 1 of"},
+             {"all", "MaxRGB_lpf MoireWgt YMoire", true, "differs: cfa_DeYMoire, MaxRGB_lpf: 1"}, {"all", "MoireWgt YMoire", true, "differs: cfa_CalYMoireWgt, MoireWgt: 1"},
+             {"all", "GH MoireWgt_W2", true, "differs: cfa_CalPredictPixel, GH: 1"}, {"all", "rgb_luma HF", true, "differs: sg_get_rgb_luma, rgb_luma"}, {"all", "CMOut rgb_luma", true, "differs: cfa_DeColorMoire, CMOut"},
+             {"all", "raw AvgRGB", true, "the mosaics differ: raw: 1 of 768"}, {"off", "pd_wt YMoire CMOut", true, "differs: copy_to_dst, YMoire: 1"}, {"off", "cored SigV", true, "differs: cfa_CalVarOfColorDiffAtG, SigV"},
+             {"all", "dbg_img_DirInfo.ppm", false, "\nsuspects: cfa_CalPredictPixel, cfa_CalClassifier, cfa_CalVarOfColorDiffAtRB, cfa_CalDirectionInfo\n"},
+             {"all", "dbg_img_DirInfo.ppm", false, "\nnot seen, its image shows the green sites only: SigH at red and blue sites, SigV at red and blue sites\n"},
+             {"all", "dbg_img_AvgRGB.ppm out.ppm", false, "first stage that differs: cfa_CalAvg, AvgRGB"}, {"all", "dbg_img_SigH.ppm", false, "\nsuspects: cfa_CalPredictPixel, cfa_CalVarOfColorDiffAtG\n"},
+             {"all", "dbg_sg_delta_core_4x_8b.ppm", false, "\nsuspects: sg_get_dalta_HF, sg_get_delta_MF, sg_coring_proc\n"}, {"off", "out_sg.ppm", false, "first stage that differs: sharpen_gain_bypass, out_sg"},
+             {"off", "out_dc.ppm", false, "\nsuspects: cfa_CalPredictPixel, gen_MaxRGB_1ch, gen_dst_dc\n"}, {"off", "out_dc.ppm", false, "\n" + moire_off.substr(0, 3)}, {"bypass", "out.ppm", false, "differs: cfa_bypass, out_rgb"}}) {
+        fs::remove_all(*this / "b");
+        fs::copy(*this / row.run, *this / "b", fs::copy_options::recursive);
+        if (!row.exact)
+            fs::remove_all(*this / "b/planes");
+        std::istringstream files(row.files);
+        for (std::string name; files >> name;) {
+            const bool last = name[0] == '!', npy = !contains(name, ".ppm");
+            const std::string file = "b/" + (npy ? "planes/" + name.substr(last) + ".npy" : name);
+            std::string bytes = get(file);
+            bytes[last ? bytes.size() - 4 : npy ? 128 : bytes.size() - 1] ^= 1;
+            put(file, bytes);
+        }
+        INFO(row.files);
+        check({{"compare --common " + row.run + " b", 1, row.text}});
+    }
+    put("b/dbg_img_GH.ppm", "P5 2 1 4095\n\1");
+    put("empty/note.txt", "");
+    put("b/cfa.ini", "[cfa]\nreg_cfa_vw_thd = 7\n");
+    const Outcome outcome = run("compare --quiet --common bypass b");
+    CHECK(outcome.out == "register reg_cfa_enable: 0 against 1\nregister reg_cfa_vw_thd: 1500 against 7\n" + outcome.out.substr(outcome.out.find("suspects")));
+    CHECK(run("compare all b").status == 2);
+    CHECK(contains(run("compare all b").err, "b/dbg_img_GH.ppm: cut short"));
+    CHECK(contains(run("compare all b").out, "\nnot readable (1): dbg_img_GH.ppm\n"));
+    check({{"compare all nosuch", 2, "nosuch: No such file or directory\n"}, {"compare all empty", 2, "cfatool compare: no image is in both all and empty\n"}, {"compare all raw.ppm", 2, "is a folder, the other is not"},
+           {"compare all bypass", 1, "\nonly in all ("}, {"compare all same --json", 0, R"("suspects":[],"first":null,"first_stage":null})" "\n"}});
 }
 // clang-format on

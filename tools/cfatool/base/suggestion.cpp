@@ -26,6 +26,9 @@ size_t edit_distance(const std::string &a, const std::string &b) {
 } // namespace
 
 std::string nearest(const std::string &name, const std::vector<std::string> &candidates) {
+    for (const std::string &candidate : candidates) // its end alone: a register without its prefix
+        if (name.size() >= 3 && candidate.ends_with("_" + name))
+            return candidate;
     std::string best;
     size_t best_distance = std::max<size_t>(2, name.size() / 2) + 1; // farther ones help nobody
     for (const std::string &candidate : candidates) {

@@ -2,47 +2,35 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "tools/cfatool/compare/picture_compare.h"
-#include "tools/cfatool/runs/run_folder.h"
-#include "tools/cfatool/runs/run_images.h"
+#include "tools/cfatool/compare/explain.h"
+#include "tools/cfatool/compare/verdict.h"
 
 namespace cfatool {
 
 struct CompareCommand {
     std::string a;
     std::string b;
-    CompareOptions options;
-    int bayer = -1; // pattern id, -1 if none was given
+    CompareOptions options; // with the pattern id, -1 if none was given
     bool common = false;
+    bool explain = false;
     bool json = false;
+    bool quiet = false;
 };
 
-/// An image of either folder.
-struct ImagePair {
-    std::string name;
-    const RunImage *known = nullptr; // null for an image that is not in the list
-    std::string a, b;                // paths, empty if the folder has no such image
-};
-
-/// What was found in two folders, in pipeline order.
+/// What was found in two folders.
 struct FolderComparison {
-    struct Compared {
-        ImagePair pair;
-        Comparison found;
-    };
-    std::vector<Compared> images; // in both and readable
-    std::vector<std::string> only_a, only_b;
-    size_t unreadable = 0;
+    RunVerdict verdict;
+    std::vector<std::string> kinds; // of the first difference
+    std::vector<Explanation> explanations;
 
-    /// The first image that differs, null if there is none.
-    const Compared *first() const;
+    /// The first file that differs, null if there is none.
+    const FilePair *first_file() const;
 };
 
-/// Compares every image that two folders have in common, in pipeline order, and says which stage differs
-/// first. Returns the exit status: 1 if anything differs or, unless `common`, is on one side only; 2 if an
-/// image could not be read, or if there is none in common.
+/// Compares everything that two folders have in common, and says which stage is wrong or may be. Returns the
+/// exit status: 1 if anything differs or, unless `common`, is on one side only; 2 if a file could not be
+/// read, or if there is none in common.
 int compare_folders(const CompareCommand &command);
 
 } // namespace cfatool

@@ -1,92 +1,149 @@
-// Two run folders: image by image in pipeline order, so that the first line that differs names the guilty
-// stage.
+// Two run folders in words: registers, what is equal, what differs and what is not seen, then the stage.
+#include <algorithm>
 #include <fmt/core.h>
+#include <fmt/ranges.h>
 #include <iostream>
 #include <map>
 
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/compare/compare_json.h"
+#include "tools/cfatool/compare/difference_kind.h"
 
 namespace cfatool {
 namespace {
 
-/// The images of both folders in pipeline order, then the others by name.
-std::vector<ImagePair> pairs_of(const std::string &folder_a, const std::string &folder_b) {
-    std::map<std::pair<const RunImage *, std::string>, ImagePair> pairs; // by place in the list, by name
-    const RunImage *const behind = run_images().data() + run_images().size();
-    const auto add = [&](const std::string &folder, std::string ImagePair::*path) {
-        for (const FoundImage &image : find_images(folder)) {
-            ImagePair &pair = pairs[{image.known != nullptr ? image.known : behind, image.name}];
-            pair.name = image.name;
-            pair.known = image.known;
-            pair.*path = image.path;
-        }
-    };
-    add(folder_a, &ImagePair::a);
-    add(folder_b, &ImagePair::b);
-    std::vector<ImagePair> list;
-    for (const auto &[place, pair] : pairs)
-        list.push_back(pair);
-    return list;
+using Names = std::vector<std::string>;
+
+template <class Take> Names names_of(const RunVerdict &verdict, Take take) {
+    Names names;
+    for (const FilePair &pair : verdict.files)
+        if (take(pair))
+            names.push_back(pair.name);
+    return names;
 }
 
-void print_line(const std::string &name, const std::string &text, const CompareCommand &command) {
-    if (!command.json)
-        std::cout << fmt::format("{:<29} {}\n", name, text);
+void print_names(const std::string &what, const Names &names) {
+    if (!names.empty())
+        std::cout << fmt::format("{} ({}): {}\n", what, names.size(), fmt::join(names, " "));
 }
 
-/// Compares one pair of files and prints its line. A file that cannot be read is reported and counted.
-void compare_pair(const ImagePair &pair, const CompareCommand &command, FolderComparison &found) {
-    try {
-        found.images.push_back({pair, compare_pictures(pair.a, pair.b, command.options)});
-        print_line(pair.name, result_text(found.images.back().found, command.bayer), command);
-    } catch (const Trouble &trouble) {
-        std::cerr << trouble.what() << "\n";
-        ++found.unreadable;
+void print_files(const FolderComparison &found, const CompareCommand &command) {
+    const RunVerdict &verdict = found.verdict;
+    print_names("equal",
+                names_of(verdict, [](const FilePair &p) { return p.compared() && p.found.equal(); }));
+    const cfa::PlaneInfo *exact = nullptr; // that differs: its image says nothing new
+    for (const FilePair &pair : verdict.files) {
+        if (!pair.differs() || (exact != nullptr && pair.either().plane == exact && !pair.either().exact))
+            continue;
+        std::cout << fmt::format("{:<29} {}\n", pair.name, result_text(pair.found, verdict.bayer));
+        exact = pair.either().exact ? pair.either().plane : exact;
     }
+    print_names("not readable", names_of(verdict, [](const FilePair &p) { return !p.unreadable.empty(); }));
+    print_names("only in " + command.a, names_of(verdict, [](const FilePair &p) { return p.b == nullptr; }));
+    print_names("only in " + command.b, names_of(verdict, [](const FilePair &p) { return p.a == nullptr; }));
 }
 
-void print_verdict(const FolderComparison &found, const CompareCommand &command) {
-    const size_t one_sided = found.only_a.size() + found.only_b.size();
-    if (const FolderComparison::Compared *const first = found.first(); first != nullptr)
-        std::cout << fmt::format("first stage that differs: {}, {}: {}\n",
-                                 first->pair.known != nullptr ? first->pair.known->stage
-                                                              : "an image that is no part of the pipeline",
-                                 first->pair.name, result_text(first->found, command.bayer));
+/// What keeps the verdict from being more than suspects.
+void print_unseen(const RunVerdict &verdict) {
+    std::map<std::string, Names> by_reason;
+    for (const PlaneVerdict &plane : verdict.planes)
+        if (plane.seen == PlaneVerdict::Seen::unseen && plane.verdict == Verdict::suspect)
+            by_reason[plane.unseen].push_back(plane.name());
+    for (const auto &[reason, names] : by_reason)
+        std::cout << fmt::format("not seen, {}: {}\n", reason, fmt::join(names, ", "));
+}
+
+std::string first_text(const FolderComparison &found) {
+    const FilePair *const file = found.first_file();
+    const PlaneVerdict *const plane = found.verdict.first_plane();
+    std::string text =
+        plane != nullptr
+            ? fmt::format("{}: {}", plane->name(), result_text(plane->found, found.verdict.bayer))
+            : fmt::format("{}: {}", file->name, result_text(file->found, found.verdict.bayer));
+    for (const std::string &kind : found.kinds)
+        text += "; " + kind;
+    return text;
+}
+
+void print_verdict(const FolderComparison &found, size_t one_sided) {
+    const Names &suspects = found.verdict.suspects;
+    if (found.first_file() == nullptr)
+        std::cout << fmt::format(
+            "no difference in {} files{}\n",
+            names_of(found.verdict, [](const FilePair &p) { return p.compared(); }).size(),
+            one_sided > 0 ? fmt::format(", {} on one side only", one_sided) : "");
+    else if (suspects.empty())
+        std::cout << fmt::format("what differs is no part of the pipeline: {}\n", first_text(found));
+    else if (suspects.front() == "input")
+        std::cout << fmt::format("the mosaics differ: {}\n", first_text(found));
+    else if (suspects.size() == 1)
+        std::cout << fmt::format("first stage that differs: {}, {}\n", suspects[0], first_text(found));
     else
-        std::cout << fmt::format("no difference in {} images{}\n", found.images.size(),
-                                 one_sided > 0 ? fmt::format(", {} on one side only", one_sided) : "");
+        std::cout << fmt::format("suspects: {}\nfirst difference: {}\n", fmt::join(suspects, ", "),
+                                 first_text(found));
+    for (const Explanation &explanation : found.explanations)
+        std::cout << explanation_text(explanation) << "\n";
+}
+
+void print_text(const FolderComparison &found, const CompareCommand &command, size_t one_sided) {
+    const RunVerdict &verdict = found.verdict;
+    for (const RegisterDifference &r : verdict.registers)
+        std::cout << fmt::format("register {}: {} against {}\n", r.key, r.a, r.b);
+    if (!command.quiet) {
+        print_files(found, command);
+        print_unseen(verdict);
+        Names off;
+        for (const StageVerdict &stage : verdict.stages)
+            if (stage.verdict == Verdict::off)
+                off.push_back(stage.stage);
+        print_names("off", off);
+        if (!verdict.registers_known)
+            std::cout << "no registers in either folder: every stage is taken as on\n";
+    }
+    print_verdict(found, one_sided);
+}
+
+std::vector<std::string> kinds_of_first(const FolderComparison &found, const CompareCommand &command) {
+    const PlaneVerdict *const plane = found.verdict.first_plane();
+    if (plane == nullptr || !command.options.crop.empty() || command.options.tolerance > 0)
+        return {};
+    return difference_kinds(plane->a, plane->b, plane->found, plane->found.range, found.verdict.bayer,
+                            plane->part.sites);
 }
 
 } // namespace
 
-const FolderComparison::Compared *FolderComparison::first() const {
-    for (const Compared &image : images)
-        if (!image.found.equal())
-            return &image;
-    return nullptr;
+const FilePair *FolderComparison::first_file() const {
+    const auto first = std::find_if(verdict.files.begin(), verdict.files.end(),
+                                    [](const FilePair &pair) { return pair.differs(); });
+    return first != verdict.files.end() ? &*first : nullptr;
 }
 
 int compare_folders(const CompareCommand &command) {
+    const RunFolder a(command.a), b(command.b);
     FolderComparison found;
-    for (const ImagePair &pair : pairs_of(command.a, command.b)) {
-        if (!pair.a.empty() && !pair.b.empty()) {
-            compare_pair(pair, command, found);
-            continue;
-        }
-        (pair.b.empty() ? found.only_a : found.only_b).push_back(pair.name);
-        print_line(pair.name, "only in " + (pair.b.empty() ? command.a : command.b), command);
-    }
-    if (found.images.empty() && found.unreadable == 0)
+    found.verdict = judge(a, b, command.options);
+    const std::vector<FilePair> &files = found.verdict.files;
+    const auto count = [&](const auto &what) {
+        return static_cast<size_t>(std::count_if(files.begin(), files.end(), what));
+    };
+    const size_t one_sided = count([](const FilePair &p) { return p.a == nullptr || p.b == nullptr; });
+    const size_t unreadable = count([](const FilePair &p) { return !p.unreadable.empty(); });
+    if (one_sided == files.size())
         throw CommandTrouble(fmt::format("no image is in both {} and {}", command.a, command.b));
+    found.kinds = kinds_of_first(found, command);
+    if (command.explain)
+        found.explanations = explain(a, b, found.verdict);
     if (command.json)
         std::cout << folders_json(found, command) << "\n";
     else
-        print_verdict(found, command);
-    if (found.unreadable > 0)
+        print_text(found, command, one_sided);
+    for (const FilePair &pair : files)
+        if (!pair.unreadable.empty())
+            std::cerr << pair.unreadable << "\n";
+    if (unreadable > 0)
         return STATUS_TROUBLE;
-    const bool one_sided = !found.only_a.empty() || !found.only_b.empty();
-    return found.first() != nullptr || (one_sided && !command.common) ? STATUS_FOUND : STATUS_GOOD;
+    return found.first_file() != nullptr || (one_sided > 0 && !command.common) ? STATUS_FOUND : STATUS_GOOD;
 }
 
 } // namespace cfatool

@@ -37,10 +37,10 @@ Json picture_json(const std::string &a, const std::string &b, const Comparison &
     json["psnr"] = std::isfinite(psnr) ? Json(psnr) : Json();
     if (!found.list.empty()) {
         json["box"] = {found.left, found.top, found.right - found.left + 1, found.bottom - found.top + 1};
-        json["first"] = difference_json(found, found.list.front(), command.bayer);
+        json["first"] = difference_json(found, found.list.front(), command.options.bayer);
     }
     for (size_t i = 0; i < found.list.size() && i < command.options.max_list; ++i)
-        json["list"].push_back(difference_json(found, found.list[i], command.bayer));
+        json["list"].push_back(difference_json(found, found.list[i], command.options.bayer));
     return json;
 }
 
@@ -51,19 +51,51 @@ std::string comparison_json(const Comparison &found, const CompareCommand &comma
 }
 
 std::string folders_json(const FolderComparison &found, const CompareCommand &command) {
-    Json images = Json::array();
-    for (const auto &[pair, comparison] : found.images)
-        images.push_back(picture_json(pair.a, pair.b, comparison, command));
-    const FolderComparison::Compared *const first = found.first();
-    Json stage; // null if nothing differs
-    if (first != nullptr)
-        stage = first->pair.known != nullptr ? first->pair.known->stage : "";
+    const RunVerdict &verdict = found.verdict;
+    CompareCommand of_pair = command;
+    of_pair.options.bayer = verdict.bayer;
+    Json registers = Json::array(), images = Json::array(), unreadable = Json::array(),
+         only_a = Json::array(), only_b = Json::array(), planes = Json::array(), stages = Json::array(),
+         explained = Json::array();
+    for (const RegisterDifference &r : verdict.registers)
+        registers.push_back({{"key", r.key}, {"a", r.a}, {"b", r.b}});
+    for (const FilePair &pair : verdict.files) {
+        if (pair.compared())
+            images.push_back(picture_json(pair.a->path, pair.b->path, pair.found, of_pair));
+        else if (!pair.unreadable.empty())
+            unreadable.push_back({{"name", pair.name}, {"reason", pair.unreadable}});
+        else
+            (pair.b == nullptr ? only_a : only_b).push_back(pair.name);
+    }
+    for (const PlaneVerdict &plane : verdict.planes)
+        planes.push_back({{"plane", plane.name()},
+                          {"stage", plane.part.stage},
+                          {"verdict", verdict_text(plane.verdict)},
+                          {"not_seen", plane.unseen.empty() ? Json() : Json(plane.unseen)}});
+    for (const StageVerdict &stage : verdict.stages)
+        stages.push_back({{"stage", stage.stage}, {"verdict", verdict_text(stage.verdict)}});
+    for (const Explanation &e : found.explanations)
+        explained.push_back({{"stage", e.stage}, {"text", explanation_text(e)}});
+    const PlaneVerdict *const first = verdict.first_plane();
+    const Json first_plane =
+        first == nullptr || first->found.list.empty()
+            ? Json()
+            : Json({{"plane", first->name()},
+                    {"at", difference_json(first->found, first->found.list.front(), verdict.bayer)},
+                    {"kinds", found.kinds}});
     return json_text({{"a", command.a},
                       {"b", command.b},
+                      {"registers", registers},
                       {"images", images},
-                      {"only_a", found.only_a},
-                      {"only_b", found.only_b},
-                      {"first_stage", stage}});
+                      {"unreadable", unreadable},
+                      {"only_a", only_a},
+                      {"only_b", only_b},
+                      {"planes", planes},
+                      {"stages", stages},
+                      {"explained", explained},
+                      {"suspects", verdict.suspects},
+                      {"first", first_plane},
+                      {"first_stage", verdict.suspects.size() == 1 ? Json(verdict.suspects[0]) : Json()}});
 }
 
 } // namespace cfatool

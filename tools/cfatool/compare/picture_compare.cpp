@@ -110,14 +110,6 @@ class Comparer {
             pixel(x, y);
     }
 
-    bool counts(int x, int y) const {
-        if (options_.sites == Sites::all)
-            return true;
-        const uint32_t code = CM_GET_COLOR_ID(static_cast<uint32_t>(y), static_cast<uint32_t>(x),
-                                              static_cast<uint32_t>(options_.bayer));
-        return (options_.sites == Sites::green) == (code == cfa::CODE_GB || code == cfa::CODE_GR);
-    }
-
     void pixel(int x, int y) {
         const auto channels = static_cast<size_t>(found_.channels);
         const size_t at = static_cast<size_t>(x) * channels;
@@ -127,7 +119,9 @@ class Comparer {
             const auto difference = static_cast<uint64_t>(std::max(a, b) - std::min(a, b));
             if (map_)
                 most = std::max({most, static_cast<uint64_t>(std::max<int64_t>(a, 0)), difference});
-            if (difference != 0 && counts(x, y) && add(x, y, static_cast<int>(c), difference))
+            if (difference != 0 &&
+                sites_contain(options_.sites, x, y, static_cast<uint32_t>(options_.bayer)) &&
+                add(x, y, static_cast<int>(c), difference))
                 beyond = std::max(beyond, difference);
         }
         if (map_)
@@ -176,12 +170,21 @@ Comparison compare_pictures(const std::string &path_a, const std::string &path_b
     found.height = crop.height;
     found.channels = form.channels;
     found.max = form.max;
-    found.range = options.range != 0 ? options.range : form.max;
+    found.range = options.range == 0 ? form.max
+                  : form.max == 0    ? options.range
+                                     : std::min(options.range, form.max);
     if (!options.map.empty() && found.pixels() == 0)
         throw file_trouble(path_a, "a picture of no pixels has no map");
     if (found.pixels() > 0) // 2147483647 rows of no pixels are nothing to read
         Comparer(a, b, options, found).rows(crop);
     return found;
+}
+
+bool sites_contain(Sites sites, int x, int y, uint32_t bayer) {
+    if (sites == Sites::all)
+        return true;
+    const uint32_t code = CM_GET_COLOR_ID(static_cast<uint32_t>(y), static_cast<uint32_t>(x), bayer);
+    return (sites == Sites::green) == (code == cfa::CODE_GB || code == cfa::CODE_GR);
 }
 
 uint32_t range_of_format(const std::string &format) {

@@ -63,6 +63,9 @@ struct Comparison {
 /// Compares two files. Throws Trouble for a missing, short or malformed one.
 Comparison compare_pictures(const std::string &a, const std::string &b, const CompareOptions &options);
 
+/// Whether a pixel is one of these sites of a pattern.
+bool sites_contain(Sites sites, int x, int y, uint32_t bayer);
+
 /// The largest sample that a format of the list of planes names: 4095 for u12, 4095 for s13, 131071 for
 /// 0..131071; 0 if it names none.
 uint32_t range_of_format(const std::string &format);

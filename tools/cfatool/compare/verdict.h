@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/cfatool/compare/picture_compare.h"
-#include "tools/cfatool/runs/run_folder.h"
+#include "tools/cfatool/compare/file_pairs.h"
+#include "tools/cfatool/compare/plane_graph.h"
 
 namespace cfatool {
 
@@ -26,20 +26,20 @@ const char *verdict_text(Verdict verdict);
 struct PlaneVerdict {
     enum class Seen { equal, differs, unseen, off };
 
-    std::string name;            // of the plane; "raw" for the mosaic
-    std::string sites;           // "" for all, " at green sites", " at red and blue sites"
-    std::string stage;           // that made it in these runs: copy_to_dst where a stage is off
-    const cfa::PlaneInfo *plane; // null for the mosaic
+    PlanePart part;
     Seen seen = Seen::unseen;
-    std::string unseen; // why: "no debug image", "limited to 255"
+    std::string unseen; // why: "not in the folders", "its image is limited to 255"
     std::string a, b;   // the files compared, empty if there are none
-    Comparison found;   // valid for a plane that differs: first wrong pixel, counts, largest difference
+    Comparison found;   // of a plane that differs: first wrong pixel, counts, largest difference
     Verdict verdict = Verdict::not_seen;
+
+    /// "SigH at green sites".
+    std::string name() const { return part.name + sites_text(part.sites); }
 };
 
 struct StageVerdict {
     std::string stage;
-    Verdict verdict = Verdict::not_seen;
+    Verdict verdict = Verdict::off;
     std::vector<size_t> planes; // places in RunVerdict::planes
 };
 
@@ -52,6 +52,7 @@ struct RunVerdict {
     std::vector<RegisterDifference> registers; // that differ, where both runs have them
     bool registers_known = false;              // of at least one run; else every stage is taken as on
     int bayer = -1;                            // pattern id, -1 if neither run says it
+    std::vector<FilePair> files;               // what was compared, in pipeline order
     std::vector<PlaneVerdict> planes;          // in pipeline order, the mosaic first
     std::vector<StageVerdict> stages;          // in pipeline order
     std::vector<std::string> suspects;         // in pipeline order; a single one is the stage that is wrong
@@ -60,8 +61,8 @@ struct RunVerdict {
     const PlaneVerdict *first_plane() const { return first ? &planes[*first] : nullptr; }
 };
 
-/// Compares the planes of two runs, exact ones where both have them, else debug images. A file that cannot be
-/// read counts as not seen. `options` as for two pictures; its map is ignored.
+/// Compares everything that two runs have in common; what exact planes do not tell, debug images may. A file
+/// that cannot be read counts as not seen. The runs must outlive the verdict. `options` as for two pictures.
 RunVerdict judge(const RunFolder &a, const RunFolder &b, const CompareOptions &options);
 
 } // namespace cfatool

@@ -16,9 +16,8 @@ struct MosaicOptions {
     MosaicForm form;
 };
 
-void mosaic_of_png(const MosaicOptions &options) {
-    const RgbPicture picture = read_png(options.picture);
-    MosaicForm form = options.form;
+void mosaic_of_png(const std::string &path, MosaicForm form, const std::string &output) {
+    const RgbPicture picture = read_png(path);
     form.width = picture.width;
     form.height = picture.height;
     form.full = picture.max;
@@ -29,7 +28,7 @@ void mosaic_of_png(const MosaicOptions &options) {
         p += bytes;
         return value;
     };
-    MosaicWriter writer(options.output, form);
+    MosaicWriter writer(output, form);
     std::vector<Rgb> row(form.width);
     for (int y = 0; y < form.height; ++y) {
         for (Rgb &pixel : row)
@@ -39,15 +38,14 @@ void mosaic_of_png(const MosaicOptions &options) {
     writer.commit();
 }
 
-void mosaic_of_ppm(const MosaicOptions &options) {
-    PictureReader picture(options.picture);
+void mosaic_of_ppm(const std::string &path, MosaicForm form, const std::string &output) {
+    PictureReader picture(path);
     if (picture.info().channels != 3)
-        throw file_trouble(options.picture, "is greyscale; an RGB picture is needed");
-    MosaicForm form = options.form;
+        throw file_trouble(path, "is greyscale; an RGB picture is needed");
     form.width = picture.info().width;
     form.height = picture.info().height;
     form.full = picture.info().max;
-    MosaicWriter writer(options.output, form);
+    MosaicWriter writer(output, form);
     std::vector<uint32_t> samples;
     std::vector<Rgb> row(form.width);
     for (int y = 0; y < form.height; ++y) {
@@ -61,10 +59,14 @@ void mosaic_of_ppm(const MosaicOptions &options) {
 }
 
 void run(const MosaicOptions &options) {
-    is_png(options.picture) ? mosaic_of_png(options) : mosaic_of_ppm(options);
+    write_mosaic(options.picture, options.form, options.output);
 }
 
 } // namespace
+
+void write_mosaic(const std::string &picture, const MosaicForm &form, const std::string &output) {
+    is_png(picture) ? mosaic_of_png(picture, form, output) : mosaic_of_ppm(picture, form, output);
+}
 
 void mosaic_command(Command &command) {
     const auto options = std::make_shared<MosaicOptions>();

@@ -44,4 +44,8 @@ class MosaicWriter {
     int y_ = 0;
 };
 
+/// Samples a colour picture (PNG, P6) into a mosaic; the form's size and full scale are the picture's.
+/// Throws Trouble.
+void write_mosaic(const std::string &picture, const MosaicForm &form, const std::string &output);
+
 } // namespace cfatool

@@ -29,6 +29,13 @@ std::array<BlockPart, 4> Registers::parts() {
              {&cfa::cmodel_top_reg_sw_table(), &top.sw}}};
 }
 
+std::array<ConstBlockPart, 4> Registers::parts() const {
+    return {{{&cfa::cfa_reg_hw_table(), &block.hw},
+             {&cfa::cfa_reg_sw_table(), &block.sw},
+             {&cfa::cmodel_top_reg_hw_table(), &top.hw},
+             {&cfa::cmodel_top_reg_sw_table(), &top.sw}}};
+}
+
 void Registers::apply(const std::string &section, const std::string &key, const std::string &value) {
     for (const BlockPart &p : parts())
         register_load(*p.part, *p.table, section.c_str(), key.c_str(), value.c_str());
@@ -39,6 +46,22 @@ void Registers::load(const std::string &path) {
         throw file_trouble(path, "is a folder");
     if (cfa::ini_load_file(path.c_str(), load_line, this) == -1)
         throw errno_trouble(path);
+}
+
+Registers::Loaded Registers::load_run(const std::string &folder) {
+    const std::string cfa_ini = folder + "/cfa.ini", top_ini = folder + "/cmodel_top.ini";
+    const Loaded loaded = {readable(cfa_ini), readable(top_ini)};
+    Registers from_file; // a section of the other block in it does not count
+    if (loaded.block) {
+        from_file.load(cfa_ini);
+        block = from_file.block;
+    }
+    if (loaded.top) {
+        from_file.top = top;
+        from_file.load(top_ini);
+        top = from_file.top;
+    }
+    return loaded;
 }
 
 FoundRegister find_register(Registers &registers, const std::string &key) {

@@ -22,6 +22,11 @@ struct BlockPart {
     RegisterPart *part;
 };
 
+struct ConstBlockPart {
+    const RegisterTable *table;
+    const RegisterPart *part;
+};
+
 /// A set of register values, at first the defaults.
 struct Registers {
     cfa::CfaReg block;
@@ -33,6 +38,7 @@ struct Registers {
 
     /// The four parts, hardware before software, CFA before top level.
     std::array<BlockPart, 4> parts();
+    std::array<ConstBlockPart, 4> parts() const;
 
     /// One line of an INI file.
     void apply(const std::string &section, const std::string &key, const std::string &value);
@@ -40,6 +46,13 @@ struct Registers {
     /// Loads an INI file over the values in force: both blocks, each from its section. Throws Trouble if it
     /// cannot be read.
     void load(const std::string &path);
+
+    /// Loads what a run in this folder does: the CFA block from cfa.ini, the top level from cmodel_top.ini,
+    /// as far as they are there. Returns whether each was.
+    struct Loaded {
+        bool block, top;
+    };
+    Loaded load_run(const std::string &folder);
 };
 
 /// A register of either block.

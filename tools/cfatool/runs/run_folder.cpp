@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/runs/run_images.h"
 
 namespace cfatool {
@@ -53,15 +52,12 @@ RunFolder::RunFolder(const std::string &path) : path_(path) {
     }
     add_images(nullptr, false);
 
-    for (const char *name : {"cfa.ini", "cmodel_top.ini"}) {
-        if (!readable(path + "/" + name))
-            continue;
-        if (!registers_)
-            registers_ = std::make_shared<Registers>();
-        registers_->load(path + "/" + name);
-        if (name == std::string("cmodel_top.ini"))
-            bayer_ = static_cast<uint32_t>(int32_t{registers_->top.hw.reg_img_bayerid});
-    }
+    auto registers = std::make_shared<Registers>();
+    const Registers::Loaded loaded = registers->load_run(path);
+    if (loaded.top)
+        bayer_ = static_cast<uint32_t>(int32_t{registers->top.hw.reg_img_bayerid});
+    if (loaded.block || loaded.top)
+        registers_ = registers;
 }
 
 const RunPlane *RunFolder::find(const std::string &name) const {
