@@ -9,7 +9,8 @@ _cfatool_options() {
     run) echo -o -r --top --set --bayer --mosaic --debug --planes ;;
     compare) echo --tolerance --crop --bayer --map --max-list --common --explain --quiet --json ;;
     probe) echo --window --json ;;
-    hex) echo --crop -o ;;
+    hex) echo --crop -o --back --bits --colour ;;
+    crop) echo --around -o ;;
     "regs defaults") echo -o ;;
     "regs check") echo --unset --json ;;
     "regs diff") echo --json ;;
@@ -24,7 +25,7 @@ _cfatool_options() {
 # Words that stand at this place besides files; the program knows its charts and registers.
 _cfatool_words() {
     case $1 in
-    "") echo chart mosaic preview run compare probe hex regs report conformance --version --help ;;
+    "") echo chart mosaic preview run compare crop probe hex regs report conformance --version --help ;;
     regs) echo defaults check diff set dump doc --help ;;
     chart) "$2" chart --list 2>/dev/null | cut -d' ' -f1 ;;
     "regs defaults") echo cfa cmodel_top ;;

@@ -7,6 +7,7 @@ namespace cfatool {
 
 // Each says what its subcommand takes and does.
 void run_command(Command &command);
+void crop_command(Command &command);
 void chart_command(Command &command);
 void mosaic_command(Command &command);
 void preview_command(Command &command);
@@ -23,8 +24,9 @@ inline constexpr Subcommand SUBCOMMANDS[] = {
     {"preview", "Show images as a PNG, several of them side by side", preview_command},
     {"run", "Run the block on a picture: a new folder with all it reads and makes", run_command},
     {"compare", "Compare two pictures, or two runs: which stage is wrong", compare_command},
+    {"crop", "Cut the smallest window out of a run that still shows a difference", crop_command},
     {"probe", "Show one pixel in every image of a run, in pipeline order", probe_command},
-    {"hex", "Print a picture as $readmemh text, one sample a line", hex_command},
+    {"hex", "Print a picture as $readmemh text, one sample a line, or read it back", hex_command},
     {"regs", "Make, check, compare and change register files", regs_command},
     {"report", "Make a web page of a run: call, registers, every image", report_command},
     {"conformance", "Check that a built cfa_cmodel gives the recorded bytes", conformance_command},

@@ -2,6 +2,7 @@
 #include <png.h>
 #include <sstream>
 
+#include "cmodel/cfa/src/planes.h"
 #include "tests/tools/cfatool/room.h"
 #include "tools/cfatool/compare/difference_kind.h"
 #include "tools/cfatool/pictures/png_file.h"
@@ -162,5 +163,69 @@ TEST_CASE_FIXTURE(Room, "the stage that is wrong, or those that may be: planes o
     CHECK(contains(run("compare all b").out, "\nnot readable (1): dbg_img_GH.ppm\n"));
     check({{"compare all nosuch", 2, "nosuch: No such file or directory\n"}, {"compare all empty", 2, "cfatool compare: no image is in both all and empty\n"}, {"compare all raw.ppm", 2, "is a folder, the other is not"},
            {"compare all bypass", 1, "\nonly in all ("}, {"compare all same --json", 0, R"("suspects":[],"first":null,"first_stage":null})" "\n"}});
+}
+
+TEST_CASE_FIXTURE(Room, "crop: the smallest aligned window that keeps what the wrong sample is made of") {
+    put("x/note.txt", "");
+    struct Row {
+        const char *bayer, *plane;
+        int x, y;
+        std::string words, text;
+    };
+    // raw around the pixel, four in each direction, in steps of 2 or, for a 4 x 4 pattern, 4.
+    for (const Row &row : std::vector<Row>{{"1", "AvgRGB", 21, 13, "run b", "small: 10x10 from 16,8 on; pixel 21,13 is 5,5 in it\n"}, {"1", "AvgRGB", 0, 0, "run b", "small: 6x6 from 0,0 on; pixel 0,0 is 0,0 in it\n"},
+                                           {"8", "AvgRGB", 21, 12, "run b", "small: 12x12 from 16,8 on"}, {"1", "LMax", 38, 28, "run b", "small: 7x7 from 34,24 on; pixel 38,28 is 4,4 in it\n"},
+                                           {"1", "", 17, 12, "run --around 17,12", "pixel 17,12 is"}, {"1", "YMoire", 30, 20, "run b", "pixel 30,20 is"}}) {
+        for (const char *folder : {"run", "b", "small"})
+            fs::remove_all(*this / folder);
+        check({{std::string("chart scene --size 41x31 --seed 3 -o raw.ppm --bayer ") + row.bayer, 0, ""}, {std::string("run raw.ppm --debug --planes -o run --set reg_cfa_ymoire_enable=1 --set reg_cfa_shpn_enable=1 --bayer ") + row.bayer, 0, ""}});
+        fs::copy(*this / "run", *this / "b", fs::copy_options::recursive);
+        const std::string wrong = std::string("b/planes/") + row.plane + ".npy";
+        if (row.plane[0] != '\0') {
+            std::string bytes = get(wrong);
+            bytes[128 + 4 * (bytes.size() > 128 + 4 * 41 * 31 ? 3 : 1) * (41 * row.y + row.x)] ^= 1;
+            put(wrong, bytes);
+        }
+        INFO(row.text);
+        const Outcome outcome = run("crop " + row.words + " -o small");
+        CAPTURE(outcome.out);
+        REQUIRE(contains(outcome.out, row.text));
+        int width = 0, height = 0, left = 0, top = 0;
+        REQUIRE(std::sscanf(outcome.out.c_str(), "small: %dx%d from %d,%d on", &width, &height, &left, &top) == 4);
+        CHECK(cfatool::PlaneFile(*this / "small/planes/raw.npy").read() == cfatool::PlaneFile(*this / "run/planes/raw.npy").read(left, top, width, height));
+        for (const cfa::PlaneInfo &plane : cfa::planes()) { // what the removal of luma moire reads, or every plane
+            const std::string readers = plane.readers, file = std::string("/planes/") + plane.name + ".npy";
+            const bool input = std::string(row.plane) == "YMoire" && contains(readers + " ", "cfa_DeYMoire ");
+            if (row.plane != std::string() && row.plane != std::string(plane.name) && !input)
+                continue;
+            for (int y = row.y - 4 * input; y <= row.y + 4 * input; ++y)
+                for (int x = row.x - 4 * input; x <= row.x + 4 * input; ++x)
+                    CHECK_MESSAGE(cfatool::PlaneFile(*this / ("small" + file)).read(x - left, y - top, 1, 1) == cfatool::PlaneFile(*this / ("run" + file)).read(x, y, 1, 1), plane.name);
+        }
+    }
+    CHECK(contains(get("small/run.json"), "\"file\": \"run/raw.ppm --crop "));
+    CHECK(fs::exists(*this / "small/dbg_img_GH.ppm"));
+    check({{"crop run -o new", 2, "cfatool crop: OTHER or --around says which pixel"}, {"crop run run -o new", 2, "cfatool crop: no sample differs between run and run\n"}, {"crop x --around 1,1 -o new", 2, "x/raw.ppm: No such file"},
+           {"crop run --around 41,1 -o new", 2, "run/raw.ppm: has no pixel 41,1: it is 41x31\n"}, {"crop run --around 1,1 -o small", 2, "small: is there already"}, {"crop run --around 1 -o new", 2, "--around: '1' holds 1 numbers, not 2"}});
+}
+
+TEST_CASE_FIXTURE(Room, "explain: a stage that is wrong itself, one whose input alone is wrong, one that cannot be run") {
+    check({{"chart scene --size 24x20 --bayer 0 -o raw.ppm", 0, ""}});
+    const std::string run_it = "run raw.ppm --planes --set reg_cfa_ymoire_enable=1 --set reg_cfa_shpn_enable=1 ";
+    // Another register in force changes direction and all behind it; B's own registers explain everything but what is poked.
+    check({{run_it + "-o a", 0, ""}, {run_it + "--set reg_cfa_edgee_thd=3 --set reg_cfa_edgee_thd2=3 -o b", 0, ""}});
+    std::string bytes = get("b/planes/YMoire.npy");
+    bytes[128] ^= 1;
+    put("b/planes/YMoire.npy", bytes);
+    const std::string text = run("compare a b --explain").out;
+    CHECK(text.starts_with("register reg_cfa_edgee_thd2: 200 against 3\nregister reg_cfa_edgee_thd: 200 against 3\nequal ("));
+    const std::string fine = ": right for B's own input; only its input is wrong\n";
+    for (const std::string &line : {"\ncfa_CalDirectionInfo" + fine, "\ncfa_CalRGB" + fine, std::string("\ncfa_DeYMoire: wrong itself: on B's own input, YMoire at x 0, y 0, channel R: the model "), "\nsharpen_gain_main_proc" + fine})
+        CHECK_MESSAGE(contains(text, line), line);
+    CHECK(!contains(text, "cfa_CalAvg:"));
+    fs::remove(*this / "b/planes/RatioV.npy");
+    check({{"compare a b --explain --quiet", 1, "\ncfa_CalRGB: cannot be run again: B has no exact RatioV\n"}});
+    put("b/planes/GV.npy", get("b/planes/LH.npy"));
+    CHECK(contains(run("compare a b --explain").err, "b/planes/GV.npy: is not of the size of the mosaic\n"));
 }
 // clang-format on

@@ -65,6 +65,7 @@ TEST_CASE_FIXTURE(Pictures, "samples of every depth and form become samples, col
              {hex, picture("P5 2 2 255", {0, 10, 200, 255}), "00\n0a\nc8\nff\n"}, {hex, picture("P5 1 1 256", {256}), "100\n"},
              {hex, picture("P6 1 1 4095", {1, 2, 0xABC}), "001\n002\nabc\n"}, {hex, picture("P5 1 1 16777215", {0x123}), "000123\n"},
              {hex, picture("P5 2 1 4095", {7, 0xFFFF}), "007\nffff\np: 1 samples above the maximum value 4095 take more than 3 digits\n"},
+             {hex + " --back 2x2 -o o --bits 8", "0_1 // a 7f\n@3 FF/* 1\n*/@1 a\n0b//", picture(P5 + "2 2\n255", {1, 10, 11, 255})}, {hex + " --back 1x1 -o o --colour", "1 2 0_f_ff", picture("P6" + P5.substr(2) + "1 1\n4095", {1, 2, 4095})},
              {show, picture("P5 4 1 255", {0, 85, 128, 255}), scale},
              {show, picture("P5 4 1 4095", {0, 1365, 2048, 4095}), scale},
              {show, picture("P5 4 1 16777215", {0, 5592405, 8388608, 16777215}), scale},
@@ -115,6 +116,13 @@ TEST_CASE_FIXTURE(Pictures, "what is no picture for the purpose is named with th
              {png(PNG_FORMAT_RGBA, bytes.data()), "has an alpha channel or a transparent colour; an RGB picture is needed"}}) {
         put("p", content);
         check({{"mosaic p --bayer 0 -o o", 2, "p: " + reason + (reason.empty() ? "" : "\n")}});
+    }
+    for (const auto &[text, reason] : std::vector<std::pair<std::string, std::string>>{
+             {"1\n\n1x", "line 3: x and z are no samples"}, {"Z", "line 1: x and z are no samples"}, {"1 2 3", "line 1: address 2 is behind the last of 2 samples"}, {"@1 0", "1 of 2 samples are not given, first at address 0"},
+             {"1 1000", "line 1: 1000 does not fit the samples, whose largest is fff"}, {"1 100000000", "line 1: a number of more than 32 bits"}, {"1 /*\n", "line 1: a comment without end"}, {"1 @ 2", "line 1: an address is missing"},
+             {"1 g", "line 1: 'g' in a number"}, {"_1 2", "line 1: '_' in a number"}, {"1/2 3", "line 1: a number is missing"}}) {
+        put("p", text);
+        check({{"hex p --back 2x1 -o o", 2, "p: " + reason + "\n"}});
     }
     put("p", "P5\n2147483647 0\n255\n");
     check({{"preview p -o o", 2, "p: a picture of no pixels has no preview\n"}});

@@ -11,8 +11,9 @@
 namespace cfatool {
 namespace {
 
-constexpr uint64_t FEWEST = 4; // samples: what fewer have in common may be chance
-constexpr int MARGIN = 2;      // of a shifted plane that is filled in one way or another
+constexpr uint64_t FEWEST = 4;          // samples: what fewer have in common may be chance
+constexpr uint32_t SMALLEST_RANGE = 15; // codes have no largest value
+constexpr int MARGIN = 2;               // of a shifted plane that is filled in one way or another
 
 uint32_t swapped(uint32_t v) {
     return (v & 0xFF) << 8 | (v >> 8 & 0xFF);
@@ -36,7 +37,7 @@ struct Common {
         bits_of_a = ua & (ua ^ ub);
         bits |= ua ^ ub;
         all_swapped = all_swapped && std::max(ua, ub) <= 0xFFFF && swapped(ua) == ub;
-        at_limit = at_limit && range != 0 && std::max(ua, ub) >= range && std::max(a, b) > 0;
+        at_limit = at_limit && range >= SMALLEST_RANGE && std::max(ua, ub) >= range && std::max(a, b) > 0;
         first = false;
     }
 };

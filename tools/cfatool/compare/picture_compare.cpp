@@ -70,6 +70,7 @@ class Comparer {
         : a_(a), b_(b), options_(options), found_(found) {
         const PlaneForm &fa = a.form(), &fb = b.form();
         same_form_ = fa.bytes == fb.bytes && fa.big_endian == fb.big_endian && fa.is_signed == fb.is_signed;
+        is_short_ = fa.bytes < 4 && fb.bytes < 4 && fa.width < 65536; // squares add up in 64 bits
         if (!options.map.empty())
             map_.emplace(found.width, found.height);
     }
@@ -106,52 +107,110 @@ class Comparer {
         b_.decode(i);
         if (options_.limit != 0 && !found_.reaches_limit)
             found_.reaches_limit = a_.reaches(options_.limit) || b_.reaches(options_.limit);
-        for (int x = crop.x; x < crop.x + crop.width && (!equal || map_); ++x)
-            pixel(x, y);
+        if (map_)
+            for (int x = crop.x; x < crop.x + crop.width; ++x)
+                paint(x, y);
+        if (equal)
+            return;
+        uint64_t differing = 0;
+        for (int c = 0; c < found_.channels; ++c)
+            differing += is_short_ ? totals<true>(crop, y, c) : totals<false>(crop, y, c);
+        if (differing > 0)
+            note_places(crop, y);
     }
 
-    void pixel(int x, int y) {
+    uint64_t difference_at(size_t i) const {
+        const int64_t a = a_.at(i), b = b_.at(i);
+        return static_cast<uint64_t>(std::max(a, b) - std::min(a, b));
+    }
+    bool counts(int x, int y) const {
+        return sites_contain(options_.sites, x, y, static_cast<uint32_t>(options_.bayer));
+    }
+
+    /// Adds up one channel of a row: short samples in loops that the compiler can vectorise. Returns how many
+    /// lie beyond the tolerance.
+    template <bool SHORT> uint64_t totals(const Crop &crop, int y, int c) {
+        ChannelDifferences &channel = found_.channel[static_cast<size_t>(c)];
+        const auto step = static_cast<size_t>(found_.channels);
+        const size_t from = static_cast<size_t>(crop.x) * step + static_cast<size_t>(c);
+        const auto tolerance = static_cast<int64_t>(options_.tolerance);
+        const auto width = static_cast<size_t>(crop.width);
+        uint64_t sum = 0, squares = 0, differing = 0;
+        if (SHORT && options_.sites == Sites::all) {
+            const int32_t *const a = a_.row.data() + from, *const b = b_.row.data() + from;
+            const auto beyond = static_cast<int32_t>(std::min<int64_t>(tolerance, INT32_MAX));
+            int32_t largest = 0;
+            uint32_t count = 0;
+            for (size_t x = 0; x < width; ++x) {
+                const int32_t difference = std::abs(a[x * step] - b[x * step]);
+                largest = std::max(largest, difference);
+                sum += static_cast<uint32_t>(difference);
+                squares += uint64_t{static_cast<uint32_t>(difference)} * static_cast<uint32_t>(difference);
+                count += difference > beyond;
+            }
+            channel.largest = std::max<uint64_t>(channel.largest, static_cast<uint64_t>(largest));
+            channel.squares += static_cast<double>(squares);
+            differing = count;
+        } else {
+            for (size_t x = 0; x < width; ++x) {
+                if (!counts(crop.x + static_cast<int>(x), y))
+                    continue;
+                const uint64_t difference = difference_at(from + x * step);
+                channel.largest = std::max(channel.largest, difference);
+                sum += difference;
+                channel.squares += static_cast<double>(difference) * static_cast<double>(difference);
+                differing += difference > options_.tolerance;
+            }
+        }
+        channel.sum += sum;
+        channel.differing += differing;
+        return differing;
+    }
+
+    /// Widens the bounding box and fills the list. REQUIRES a difference in the row.
+    void note_places(const Crop &crop, int y) {
+        const auto channels = static_cast<size_t>(found_.channels);
+        const auto differs = [&](int x, size_t c) {
+            return difference_at(static_cast<size_t>(x) * channels + c) > options_.tolerance && counts(x, y);
+        };
+        const auto pixel_differs = [&](int x) {
+            return differs(x, 0) || (channels > 1 && (differs(x, 1) || differs(x, 2)));
+        };
+        int left = crop.x, right = crop.x + crop.width - 1;
+        while (!pixel_differs(left))
+            ++left;
+        while (!pixel_differs(right))
+            --right;
+        const bool first = found_.list.empty();
+        found_.left = first ? left : std::min(found_.left, left);
+        found_.right = first ? right : std::max(found_.right, right);
+        found_.top = first ? y : found_.top;
+        found_.bottom = y;
+        const size_t most = std::max<size_t>(options_.max_list, 1);
+        for (int x = left; x <= right && found_.list.size() < most; ++x)
+            for (size_t c = 0; c < channels && found_.list.size() < most; ++c)
+                if (const size_t i = static_cast<size_t>(x) * channels + c; differs(x, c))
+                    found_.list.push_back({x, y, static_cast<int>(c), a_.at(i), b_.at(i)});
+    }
+
+    void paint(int x, int y) {
         const auto channels = static_cast<size_t>(found_.channels);
         const size_t at = static_cast<size_t>(x) * channels;
         uint64_t beyond = 0, most = 0;
-        for (size_t c = 0; c < channels; ++c) {
-            const int64_t a = a_.at(at + c), b = b_.at(at + c);
-            const auto difference = static_cast<uint64_t>(std::max(a, b) - std::min(a, b));
-            if (map_)
-                most = std::max({most, static_cast<uint64_t>(std::max<int64_t>(a, 0)), difference});
-            if (difference != 0 &&
-                sites_contain(options_.sites, x, y, static_cast<uint32_t>(options_.bayer)) &&
-                add(x, y, static_cast<int>(c), difference))
+        for (size_t i = at; i < at + channels; ++i) {
+            const uint64_t difference = difference_at(i);
+            most = std::max({most, static_cast<uint64_t>(std::max<int64_t>(a_.at(i), 0)), difference});
+            if (difference > options_.tolerance && counts(x, y))
                 beyond = std::max(beyond, difference);
         }
-        if (map_)
-            map_->add(a_.at(at + channels / 2), beyond, most);
-    }
-
-    /// Whether the difference lies beyond the tolerance.
-    bool add(int x, int y, int c, uint64_t difference) {
-        ChannelDifferences &channel = found_.channel[static_cast<size_t>(c)];
-        channel.largest = std::max(channel.largest, difference);
-        channel.sum += difference;
-        channel.squares += static_cast<double>(difference) * static_cast<double>(difference);
-        if (difference <= options_.tolerance)
-            return false;
-        ++channel.differing;
-        if (found_.list.empty())
-            found_.left = found_.right = x, found_.top = y;
-        found_.left = std::min(found_.left, x);
-        found_.right = std::max(found_.right, x);
-        found_.bottom = y;
-        const size_t at = static_cast<size_t>(x * found_.channels + c);
-        if (found_.list.size() < std::max<size_t>(options_.max_list, 1))
-            found_.list.push_back({x, y, c, a_.at(at), b_.at(at)});
-        return true;
+        map_->add(a_.at(at + channels / 2), beyond, most);
     }
 
     Side a_, b_;
     const CompareOptions &options_;
     Comparison &found_;
     bool same_form_;
+    bool is_short_; // samples of less than 32 bits
     std::optional<DifferenceMap> map_;
 };
 

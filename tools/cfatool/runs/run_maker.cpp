@@ -150,7 +150,7 @@ std::string record(const RunRequest &request, const std::string &folder, Registe
     call.insert(call.end(), {"-o", "again"});
     return Json({{"model", CFATOOL_VERSION},
                  {"input",
-                  {{"file", request.raw},
+                  {{"file", request.name.empty() ? request.raw : request.name},
                    {"width", raw->width},
                    {"height", raw->height},
                    {"bayer", int32_t{registers.top.hw.reg_img_bayerid}},

@@ -12,6 +12,7 @@ namespace cfatool {
 /// What a run is made from.
 struct RunRequest {
     std::string raw;              // the mosaic, P5; a colour picture (PNG, P6) if it is to be sampled
+    std::string name;             // of the input in the record, if not that of the file
     std::string cfa_ini, top_ini; // text of the register files
     bool mosaic = false;          // samples a colour picture through the pattern
     bool debug = false;           // debug images
