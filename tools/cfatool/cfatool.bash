@@ -5,7 +5,7 @@ _cfatool_options() {
     case $1 in
     chart) echo --list --size --bayer --bits --seed --noise --period --angle --rgb -o ;;
     mosaic) echo --bayer --bits --noise --seed -o ;;
-    preview) echo -o --gain --false-colour --crop --zoom ;;
+    preview) echo -o --gain --false-colour --crop --zoom --label --columns ;;
     run) echo -o -r --top --set --bayer --mosaic --debug --planes ;;
     compare) echo --tolerance --crop --bayer --map --max-list --common --explain --quiet --json ;;
     probe) echo --window --json ;;

@@ -99,6 +99,14 @@ TEST_CASE_FIXTURE(Pictures, "samples of every depth and form become samples, col
     put("a", picture("P5 2 2 255", {1, 2, 3, 4}));
     const std::string row = std::string(6, 4) + std::string(24, '\xFF') + std::string(6, 7);
     CHECK(made("preview a b --crop 1,1,1,1 --zoom 2 -o o", "b", picture("P5 2 2 255", {4, 5, 6, 7})) == "P6 12 2 255\n" + row + row);
+    // Three in rows of two, white below the second; an I is 2 dots wide of 5 in its first row of ink.
+    const std::string sheet = made("preview a b a --crop 1,1,1,1 --zoom 10 --columns 2 --label 'i.' --label b --label - -o o", "b", picture("P5 2 2 255", {4, 5, 6, 7}));
+    const auto pixel = [&sheet](size_t x, size_t y) { return static_cast<uint8_t>(sheet[std::string("P6 28 68 255\n").size() + 3 * (28 * y + x)]); };
+    CHECK(sheet.starts_with("P6 28 68 255\n"));
+    for (const auto &[x, y, want] : std::vector<std::array<size_t, 3>>{{0, 20, 4}, {9, 29, 4}, {18, 29, 7}, {10, 25, 255}, {1, 0, 255}, {2, 0, 0}, {7, 1, 0}, {8, 0, 255}, {18, 0, 0}, {0, 33, 255}, {9, 64, 4}, {18, 64, 255}, {0, 44, 0}, {9, 45, 0}, {0, 42, 255}})
+        CHECK_MESSAGE(pixel(x, y) == want, x << " " << y);
+    CHECK(contains(run("preview a b --label x -o o").err, "cfatool preview: 1 labels for 2 pictures (see"));
+    CHECK(made("preview made.png -o o", "a", png(PNG_FORMAT_GRAY, rgb)) == picture("P6 2 2 255", {10, 10, 10, 20, 20, 20, 30, 30, 30, 40, 40, 40}));
 }
 
 TEST_CASE_FIXTURE(Pictures, "what is no picture for the purpose is named with the reason, and nothing is written") {

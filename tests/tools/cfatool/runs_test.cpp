@@ -119,6 +119,16 @@ TEST_CASE_FIXTURE(Room, "a run folder: known images in order, others behind them
            {"probe . 3,2 --window 1 --json", 0, R"("left":2,"top":1,"channels":1,"rows":[[7,8],[11,12]]})"},
            {"probe . 4,1", 2, "./raw.ppm: has no pixel 4,1: it is 4x3"}, {"probe . 1,3", 2, "has no pixel 1,3"},
            {"probe . 1", 2, "cfatool probe: X,Y: '1' holds 1 numbers, not 2 (see"}});
+    // Its image holds the sample of the pixel to the left; the first one is nowhere.
+    put("one/dbg_img_GV_lp.ppm", get("out.ppm"));
+    put("one/planes/GV_hp.npy", "\x93NUMPY\1" + std::string("\0\x40\0", 3) + "{'descr':'<i2','fortran_order':False,'shape':(3,4)}" + std::string(13, ' ') + std::string("\0\0\xff\xff\1\0\2\0", 8) + std::string(16, '\7'));
+    check({{"probe one 1,0", 0, "\ndbg_img_GV_lp.ppm            1               green average along the column\nGV_hp.npy                    -1  "}, {"probe one 0,1", 0, "ppm            4   "},
+           {"probe one 0,0 --window 1", 0, "ppm            not shown       green average along the column\n    [not shown]         1 \n             4          5 \n"}, {"probe one 0,0 --json", 0, R"("channels":1,"rows":[[null]])"}});
+    put("one/out.ppm", "P5\n4 3\n4095\nshort");
+    const Outcome short_one = run("probe one 1,0");
+    CHECK(short_one.status == 2);
+    CHECK(short_one.err == "one/out.ppm: cut short: 5 bytes of samples, 24 expected\n");
+    CHECK(contains(short_one.out, "\nGV_hp.npy                    -1  "));
 }
 
 TEST_CASE_FIXTURE(Room, "the page of a golden run: its links are its files, all within its folder") {

@@ -2,7 +2,7 @@
 #include <string>
 
 #include "tools/cfatool/base/integer_math.h"
-#include "tools/cfatool/charts/font.h"
+#include "tools/cfatool/base/font.h"
 #include "tools/cfatool/charts/scene_panels.h"
 
 namespace cfatool {

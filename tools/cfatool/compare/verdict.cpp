@@ -137,7 +137,6 @@ class Judge {
         bool by_input = false;
     };
     Causes causes_of(size_t i) const {
-        const PlanePart &part = result_.planes[i].part;
         Causes causes = {{i}, false};
         std::vector<size_t> open = {i};
         while (!open.empty()) {
@@ -145,8 +144,7 @@ class Judge {
             open.pop_back();
             for (const size_t input : result_.planes[at].part.inputs) {
                 const PlaneVerdict &of = result_.planes[input];
-                const bool same_stage = of.part.stage == part.stage && part.copied.empty();
-                if (of.seen == Seen::differs && !same_stage)
+                if (of.seen == Seen::differs)
                     causes.by_input = true;
                 else if (of.seen == Seen::unseen && input != 0 && causes.places.insert(input).second)
                     open.push_back(input);

@@ -1,16 +1,15 @@
-// cfatool probe: every image of a run at one pixel, in pipeline order.
+// cfatool probe: every plane and image of a run at one pixel, in pipeline order.
 #include <algorithm>
 #include <fmt/core.h>
 #include <iostream>
 #include <memory>
 #include <nlohmann/json.hpp>
 
-#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/base/json_text.h"
+#include "tools/cfatool/base/numbers.h"
 #include "tools/cfatool/pictures/colour_sites.h"
-#include "tools/cfatool/pictures/picture_crop.h"
-#include "tools/cfatool/registers/registers.h"
-#include "tools/cfatool/runs/run_images.h"
+#include "tools/cfatool/runs/plane_file.h"
+#include "tools/cfatool/runs/run_folder.h"
 #include "tools/cfatool/subcommands.h"
 
 namespace cfatool {
@@ -23,43 +22,55 @@ struct ProbeOptions {
     bool json = false;
 };
 
-/// The window of one image, channels interleaved; positions outside the picture are left out by the limits.
+/// The window of one plane, channels interleaved; positions outside the plane are left out by the limits.
 struct Window {
-    int left, top, right, bottom; // inclusive, within the picture
+    int left, top, right, bottom; // inclusive, within the plane
     int channels;
-    std::vector<std::vector<uint32_t>> rows;
+    std::vector<Json> rows; // each a list of numbers, null for a sample that the image does not hold
 };
 
-Window read_window(const std::string &path, int x, int y, int radius) {
-    PictureReader reader(path);
-    const PictureInfo &info = reader.info();
-    if (x >= info.width || y >= info.height)
-        throw file_trouble(path,
-                           fmt::format("has no pixel {},{}: it is {}x{}", x, y, info.width, info.height));
+/// How far the samples of an image lie before those of the plane that it shows, in raster order.
+int shift_of(const RunPlane &file) {
+    const bool shifted = !file.exact && file.plane != nullptr && file.plane->channels == 1;
+    const int channel = shifted ? file.plane->image.channel : 0;
+    return channel < 3 ? channel : 0;
+}
+
+Window read_window(const RunPlane &plane, int x, int y, int radius) {
+    const PlaneFile file(plane.path);
+    const PlaneForm &form = file.form();
+    if (x >= form.width || y >= form.height)
+        throw file_trouble(plane.path,
+                           fmt::format("has no pixel {},{}: it is {}x{}", x, y, form.width, form.height));
     Window window{std::max(x - radius, 0),
                   std::max(y - radius, 0),
-                  std::min(x + radius, info.width - 1),
-                  std::min(y + radius, info.height - 1),
-                  info.channels,
+                  std::min(x + radius, form.width - 1),
+                  std::min(y + radius, form.height - 1),
+                  form.channels,
                   {}};
-    std::vector<uint32_t> row;
-    for (int r = 0; r < info.height; ++r) {
-        reader.read_row(row);
-        if (r >= window.top && r <= window.bottom)
-            window.rows.emplace_back(row.begin() + window.left * info.channels,
-                                     row.begin() + (window.right + 1) * info.channels);
+    const int shift = shift_of(plane), first = std::max(window.top - shift, 0);
+    const std::vector<int32_t> samples = file.read(0, first, form.width, window.bottom - first + 1);
+    for (int r = window.top; r <= window.bottom; ++r) {
+        Json row = Json::array();
+        for (int i = window.left * form.channels; i < (window.right + 1) * form.channels; ++i) {
+            const int64_t at = int64_t{r - first} * form.width * form.channels + i - shift;
+            const int32_t sample = at < 0 ? 0 : samples[static_cast<size_t>(at)];
+            row.push_back(at < 0           ? Json()
+                          : form.is_signed ? Json(sample)
+                                           : Json(static_cast<uint32_t>(sample)));
+        }
+        window.rows.push_back(row);
     }
-    reader.finish();
     return window;
 }
 
 /// The samples of one pixel, "12" or "12/34/56".
 std::string pixel_text(const Window &window, int x, int y) {
-    const std::vector<uint32_t> &row = window.rows[static_cast<size_t>(y - window.top)];
+    const Json &row = window.rows[static_cast<size_t>(y - window.top)];
     const size_t at = static_cast<size_t>(x - window.left) * static_cast<size_t>(window.channels);
-    std::string text = std::to_string(row[at]);
-    for (int c = 1; c < window.channels; ++c)
-        text += fmt::format("/{}", row[at + static_cast<size_t>(c)]);
+    std::string text;
+    for (size_t i = at; i < at + static_cast<size_t>(window.channels); ++i)
+        text += (i > at ? "/" : "") + (row[i].is_null() ? std::string("not shown") : row[i].dump());
     return text;
 }
 
@@ -82,54 +93,60 @@ std::string neighbourhood(const Window &window, int x, int y) {
     return text;
 }
 
-Json image_json(const FoundImage &image, const Window &window) {
-    return {
-        {"image", image.name},         {"stage", image.known != nullptr ? Json(image.known->stage) : Json()},
-        {"left", window.left},         {"top", window.top},
-        {"channels", window.channels}, {"rows", window.rows}};
-}
-
 /// "pixel 5,7, a Gr site of pattern 2" where the run has its top-level registers.
-std::string heading(const ProbeOptions &options, int x, int y) {
-    std::string text = fmt::format("pixel {},{} of {}", x, y, options.folder);
-    const std::string ini = options.folder + "/cmodel_top.ini";
-    if (!readable(ini))
-        return text;
-    Registers registers;
-    registers.load(ini);
-    const auto bayer = static_cast<uint32_t>(int32_t{registers.top.hw.reg_img_bayerid});
-    return fmt::format("{}, {} site of pattern {}", text, site_name(x, y, bayer), bayer);
+std::string heading(const RunFolder &run, int x, int y) {
+    const std::string text = fmt::format("pixel {},{} of {}", x, y, run.path());
+    if (!run.bayer())
+        return text + "\n";
+    return fmt::format("{}, {} site of pattern {}\n", text, site_name(x, y, *run.bayer()), *run.bayer());
 }
 
-void run(const ProbeOptions &options) {
+int run(const ProbeOptions &options) {
     const auto pixel = parse_list(options.pixel, "X,Y", ',', 2, 0, INT32_MAX);
     const int x = static_cast<int>(pixel[0]), y = static_cast<int>(pixel[1]);
-    const std::vector<FoundImage> images = find_images(options.folder);
-    if (images.empty())
-        throw file_trouble(options.folder, "holds no .ppm image");
+    const RunFolder folder(options.folder);
+    if (folder.planes().empty())
+        throw file_trouble(options.folder, "holds no plane and no image");
     Json json = Json::array();
-    std::string text = heading(options, x, y) + "\n";
-    for (const FoundImage &image : images) {
-        const Window window = read_window(image.path, x, y, options.window);
-        json.push_back(image_json(image, window));
-        text += fmt::format("{:<28} {:<15} {}\n", image.name, pixel_text(window, x, y),
-                            image.known != nullptr ? image.known->shows : "");
-        if (options.window > 0)
-            text += neighbourhood(window, x, y);
+    std::string text = heading(folder, x, y), trouble;
+    size_t read = 0;
+    for (const RunPlane &plane : folder.planes()) {
+        const std::string name = plane.name.substr(plane.name.rfind('/') + 1); // npos + 1 is 0
+        try {
+            const Window window = read_window(plane, x, y, options.window);
+            json.push_back({{"image", name},
+                            {"stage", plane.stage.empty() ? Json() : Json(plane.stage)},
+                            {"left", window.left},
+                            {"top", window.top},
+                            {"channels", window.channels},
+                            {"rows", window.rows}});
+            text += fmt::format("{:<28} {:<15} {}\n", name, pixel_text(window, x, y),
+                                shift_of(plane) > 0 ? plane.plane->shows : plane.shows);
+            text += options.window > 0 ? neighbourhood(window, x, y) : "";
+            ++read;
+        } catch (const Trouble &reason) {
+            trouble += reason.what() + std::string("\n");
+        }
     }
-    std::cout << (options.json ? json_text(json) + "\n" : text);
+    if (read > 0)
+        std::cout << (options.json ? json_text(json) + "\n" : text);
+    std::cerr << (read > 0 ? trouble : trouble.substr(0, trouble.find('\n') + 1));
+    return trouble.empty() ? STATUS_GOOD : STATUS_TROUBLE;
 }
 
 } // namespace
 
 void probe_command(Command &command) {
     const auto options = std::make_shared<ProbeOptions>();
-    command.word("RUN_DIR", options->folder, "Folder of a run: debug images, outputs, raw.ppm, INI files");
+    command.word("RUN_DIR", options->folder,
+                 "Folder of a run: planes, debug images, outputs, raw.ppm, INI files");
     command.word("PIXEL", options->pixel, "Column and row, X,Y, from 0");
     command.number("--window", options->window, 0, 32, "Show the pixels around it up to this distance (0)");
     command.flag("--json", options->json, "Print JSON");
-    command.footer("Example: cfatool probe run/ 17,42 --window 2\n"
-                   "Three channels are shown as R/G/B.");
+    command.footer(
+        "Example: cfatool probe run/ 17,42 --window 2\n"
+        "Three channels are shown as R/G/B. The debug images of GH_lp and GV_lp, which are shifted by a\n"
+        "pixel, are put back into their place. A file that cannot be read does not stop the others.");
     command.run(options, run);
 }
 

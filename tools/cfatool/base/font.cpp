@@ -1,5 +1,5 @@
 // The dots of the font, one word of five a row, top to bottom.
-#include "tools/cfatool/charts/font.h"
+#include "tools/cfatool/base/font.h"
 
 #include <cstring>
 
@@ -7,7 +7,7 @@ namespace cfatool {
 namespace {
 
 // clang-format off
-constexpr char LETTERS[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+constexpr char LETTERS[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._";
 constexpr const char *DOTS[] = {
     "01110 10001 10001 11111 10001 10001 10001", // A
     "11110 10001 10001 11110 10001 10001 11110", // B
@@ -45,6 +45,9 @@ constexpr const char *DOTS[] = {
     "11111 00001 00010 00100 01000 01000 01000", // 7
     "01110 10001 10001 01110 10001 10001 01110", // 8
     "01110 10001 10001 01111 00001 00010 01100", // 9
+    "00000 00000 00000 11111 00000 00000 00000", // -
+    "00000 00000 00000 00000 00000 01100 01100", // .
+    "00000 00000 00000 00000 00000 00000 11111", // _
 };
 // clang-format on
 
