@@ -28,14 +28,14 @@ TEST_CASE_FIXTURE(Room, "the list names the images of golden runs, each once, in
 
 TEST_CASE_FIXTURE(Room, "run: the bytes of the ten-argument tool in a new folder, planes that are the images, no wait") {
     const std::string set = " --set reg_cfa_ymoire_enable=1 --set reg_cfa_shpn_enable=1 --set reg_cfa_vw_thd=9";
-    put("r.ini", "[cfa]\nreg_cfa_vw_thd = 1 ; kept\n[cmodel_top]\nreg_img_bayerid = 1\n");
+    put("r.ini", "[cfa]\nreg_cfa_vw_thd = 1 ; kept\n[cmodel_top]\nreg_hdr_enable = 1\nreg_img_bayerid = 1\n");
     put("t.ini", "[cmodel_top]\nreg_img_bayerid = 3\n");
     put("photo.ppm", picture("P6 6 4 255", Samples(72, 100)));
     put("small.ppm", picture("P5\n3 2\n4095", Samples(6, 1)));
     put("blank s/x", "");
     check({{"chart scene --size 40x30 --bayer 2 -o raw.ppm", 0, ""}, {"run raw.ppm -r r.ini --bayer 2 --debug --planes -o run/" + set, 0, "run/\n"}, {"run raw.ppm -r r.ini -o 'blank s/of file'", 0, ""},
            {"run raw.ppm -r r.ini --top t.ini -o top", 0, ""}, {"mosaic photo.ppm --bayer 1 -o mosaic.ppm", 0, ""}, {"run photo.ppm --mosaic --bayer 1 -o photo", 0, ""}, {"compare photo/raw.ppm mosaic.ppm", 0, ""}});
-    CHECK(get("run/cfa.ini") == "[cfa]\nreg_cfa_vw_thd = 9 ; kept\nreg_cfa_ymoire_enable = 1\nreg_cfa_shpn_enable = 1\n[cmodel_top]\nreg_img_bayerid = 1\n");
+    CHECK(get("run/cfa.ini") == "[cfa]\nreg_cfa_vw_thd = 9 ; kept\nreg_cfa_ymoire_enable = 1\nreg_cfa_shpn_enable = 1\n[cmodel_top]\nreg_hdr_enable = 1\nreg_img_bayerid = 1\n");
     for (const auto &[folder, bayer] : {std::pair("run", 2), {"blank s/of file", 1}, {"top", 3}, {"photo", 1}}) {
         CHECK(get(std::string(folder) + "/cmodel_top.ini").ends_with("reg_img_bayerid = " + std::to_string(bayer) + "\n"));
         CHECK(contains(get(std::string(folder) + "/run.json"), "\"bayer\": " + std::to_string(bayer)));
@@ -63,9 +63,11 @@ TEST_CASE_FIXTURE(Room, "run: the bytes of the ten-argument tool in a new folder
     "reg_cfa_ymoire_enable": 1,
     "reg_cfa_vw_thd": 9,
     "reg_cfa_shpn_enable": 1,
-    "reg_img_bayerid": 2
+    "reg_img_bayerid": 2,
+    "reg_hdr_enable": 1
   },)"), "\"out.ppm\": \"" + sha256_of_file(*this / "run/out.ppm") + "\""})
         CHECK(contains(get("run/run.json"), part));
+    CHECK(!contains(get("top/run.json"), "reg_hdr_enable")); // a section of the other block does not count
     const std::string files = list();
     check({{"run none -o new", 2, "none: No such file or directory\n"}, {"run raw.ppm -r none -o new", 2, "none: No such"}, {"run raw.ppm --top none -o new", 2, "none: No such"}, {"run raw.ppm -o no/new", 2, "no/new: No such"},
            {"run raw.ppm -o run", 2, "run: is there already; -o names a new folder\n"}, {"run photo.ppm -o new", 2, "photo.ppm: is a colour picture; --mosaic samples it through the pattern\n"},

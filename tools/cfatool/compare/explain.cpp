@@ -148,8 +148,10 @@ Explanation explain_stage(Bench &bench, const StageCall &call, const RunVerdict 
             weight != nullptr && !first_difference(weight, bench.in("MoireWgt"), {}, bench.bayer).empty();
         for (const size_t place : stage.planes) {
             const PlanePart &part = verdict.planes[place].part;
-            if (other_weight && part.name == "YMoire")
-                continue;
+            if (other_weight && part.name == "YMoire") {
+                explanation.result = Explanation::Result::not_apart;
+                return explanation;
+            }
             explanation.plane = part.name + sites_text(part.sites);
             explanation.detail =
                 first_difference(bench.made(part.name), bench.in(part.name.c_str()), part, bench.bayer);
@@ -194,6 +196,8 @@ std::string explanation_text(const Explanation &e) {
         return fmt::format("{}: right for B's own input; only its input is wrong", e.stage);
     case Explanation::Result::itself:
         return fmt::format("{}: wrong itself: on B's own input, {} at {}", e.stage, e.plane, e.detail);
+    case Explanation::Result::not_apart:
+        return fmt::format("{}: cannot be judged: it contains cfa_CalYMoireWgt, which is wrong", e.stage);
     default:
         return fmt::format("{}: cannot be run again: B has no exact {}", e.stage, e.plane);
     }

@@ -13,6 +13,7 @@ struct Explanation {
     enum class Result {
         input_only, // it makes B's planes: what is wrong came in
         itself,     // it does not: B's stage is wrong
+        not_apart,  // it contains another stage, which is wrong on this input
         no_planes,  // B lacks an exact plane that it reads or makes
     };
     std::string stage;
