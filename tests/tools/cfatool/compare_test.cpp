@@ -225,6 +225,12 @@ TEST_CASE_FIXTURE(Room, "explain: a stage that is wrong itself, one whose input 
     const std::string run_it = "run raw.ppm --planes --set reg_cfa_ymoire_enable=1 --set reg_cfa_shpn_enable=1 ";
     // Another register in force changes direction and all behind it; B's own registers explain everything but what is poked.
     check({{run_it + "-o a", 0, ""}, {run_it + "--set reg_cfa_edgee_thd=3 --set reg_cfa_edgee_thd2=3 -o b", 0, ""}});
+    check({{"chart scene --size 24x20 --bayer 0 --noise 40 -o noise.ppm", 0, ""}, {"run noise.ppm -r a/cfa.ini --top a/cmodel_top.ini --planes -o noise", 0, ""}});
+    const Outcome all = run("compare a noise --explain --quiet");
+    CHECK(all.out.starts_with("the mosaics differ: raw: "));
+    CHECK(std::count(all.out.begin(), all.out.end(), '\n') == 23); // every stage, and each is right
+    CHECK(!contains(all.out, "wrong itself"));
+    CHECK(!contains(all.out, "cannot be"));
     std::string bytes = get("b/planes/YMoire.npy");
     bytes[128] ^= 1;
     put("b/planes/YMoire.npy", bytes);
