@@ -110,8 +110,6 @@ TappedRow LineEngine::ratio(int y, Pair greens, Pair ends) {
 
 // The plane is limited, what the engine reads is not.
 TappedRow LineEngine::activity(const Lines &plane, int y) {
-    if (!WIDE)
-        return one(plane, y);
     for (int parity = 0; parity < 2; ++parity)
         limited_activity(plane.half(y, parity), seen_early_.write(0, parity), n_);
     return one(seen_early_, 0);

@@ -4,6 +4,7 @@
 
 #include "cmodel/cfa/src/lines/kernels/file_words.h"
 #include "cmodel/cfa/src/lines/kernels/kernels.h"
+#include "cmodel/cfa/src/lines/kernels/plane_words.h"
 
 #if defined(__GNUC__) && !defined(__clang__) && defined(__x86_64__) && defined(__ELF__)
 
@@ -12,7 +13,9 @@
 #include <map>
 #include <sys/mman.h>
 
+#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/frame_rows.h"
+#include "cmodel/cfa/src/planes.h"
 #include "tests/support/equality.h"
 #include "tests/support/registers.h"
 #include "tests/support/support.h"
@@ -129,7 +132,30 @@ template <class Sample> void convert_rows(Samples &out) {
     join_words(rows[0], rows[1], rows[2], WIDTH, bytes), keep(bytes);
     join_words(rows[0], rows[1], rows[2], WIDTH, words), keep(words);
     join_samples(rows[0], rows[1], rows[2], WIDTH, words), keep(words);
+    int16_t limited[HALF] = {}, positive[HALF] = {}, negative[HALF] = {};
+    limited_magnitudes(half[1][0], 4095, limited, WIDTH / 2), keep(limited);
+    low_words(half[2][0], limited, WIDTH / 2), keep(limited);
+    signed_parts(half[2][1], positive, negative, WIDTH / 2), keep(positive), keep(negative);
 }
+
+// Every plane, so that the kernels work too that only a taker has need of.
+class AllPlanes : public PlaneTaker {
+  public:
+    AllPlanes(Samples &out, int width) : out_(out), width_(width) {}
+    bool wants(const PlaneInfo &) const override { return true; }
+    void take(const PlaneInfo &, const FRAME *) override {}
+    void row(const PlaneInfo &plane, int, const SplitRow<int16_t> *row) override { keep(plane, row); }
+    void row(const PlaneInfo &plane, int, const SplitRow<int32_t> *row) override { keep(plane, row); }
+
+  private:
+    template <class T> void keep(const PlaneInfo &plane, const SplitRow<T> *row) {
+        std::vector<int32_t> samples(static_cast<size_t>(width_ * plane.channels));
+        join_exact(row, plane.channels, width_, samples.data());
+        out_.insert(out_.end(), samples.begin(), samples.end());
+    }
+    Samples &out_;
+    const int width_;
+};
 
 Samples all_samples(const std::vector<Picture> &pictures) {
     Samples out;
@@ -138,6 +164,8 @@ Samples all_samples(const std::vector<Picture> &pictures) {
     for (const Picture &picture : pictures) {
         draw_registers(picture.seed);
         const Plane &raw = picture.raw, rgb(raw, 3), dc(raw, 1), gain(raw, 1);
+        AllPlanes taker(out, raw.width());
+        const BoundRegisters bound(cfa_reg, cmodel_top_reg, &taker);
         if (!cfa_lines(raw, rgb, dc, gain))
             return {};
         for (int y = 0; y < raw.height(); ++y)
