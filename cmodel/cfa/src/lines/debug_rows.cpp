@@ -138,13 +138,15 @@ template <class T> void write_signed_map(const SplitRow<T> &row, int width, uint
     });
 }
 
-// Samples of three bytes, each stored as four of which the next sample takes the last.
+// Samples of three bytes, two at a time, each pair stored as eight bytes of which the next takes the last
+// two.
 template <class T> void write_deep(const SplitRow<T> &row, int width, uint8_t *bytes) {
-    for (int x = 0; x < width; ++x) {
-        const uint32_t v = static_cast<uint32_t>(row.half[x & 1][x >> 1]); // a variance: never negative
-        const uint8_t word[4] = {static_cast<uint8_t>(v >> 16), static_cast<uint8_t>(v >> 8),
-                                 static_cast<uint8_t>(v), 0};
-        std::copy_n(word, 4, bytes + 3 * x);
+    for (int i = 0; i < (width + 1) / 2; ++i) {
+        const auto even = static_cast<uint64_t>(row.half[0][i]); // variances: never negative
+        const auto odd = static_cast<uint64_t>(row.half[1][i]);
+        const uint64_t pair = even << 40 | odd << 16;
+        for (int k = 0; k < 8; ++k) // one store
+            bytes[6 * i + k] = static_cast<uint8_t>(pair >> (56 - 8 * k));
     }
 }
 

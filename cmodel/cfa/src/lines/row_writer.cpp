@@ -6,7 +6,7 @@ namespace cfa {
 
 namespace {
 
-constexpr size_t SPARE_BYTES = 3;
+constexpr size_t SPARE_BYTES = 5;
 
 int rows_of(size_t block_bytes, size_t row_bytes, int height) {
     return static_cast<int>(std::clamp<size_t>(block_bytes / row_bytes, 1, static_cast<size_t>(height)));

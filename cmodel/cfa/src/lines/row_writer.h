@@ -13,7 +13,7 @@ class RowWriter {
     RowWriter(const char *path, char kind, int width, int height, uint32_t bit_depth, size_t block_bytes,
               size_t skipped = 0);
 
-    /// Room for the next row: the bytes of its samples, and three more that do not count.
+    /// Room for the next row: the bytes of its samples, and five more that do not count.
     uint8_t *room() { return block_.get() + static_cast<size_t>(rows_) * row_bytes_; }
 
     /// The row is in its room. The last one closes the file.

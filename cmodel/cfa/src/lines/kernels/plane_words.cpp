@@ -1,8 +1,13 @@
 #include "cmodel/cfa/src/lines/kernels/plane_words.h"
 
+#include <algorithm>
+
 namespace cfa {
 
 namespace {
+
+// Columns that are interleaved at a time; their three channels stay in the first-level cache.
+constexpr Index TILE_COLUMNS = 512;
 
 constexpr int32_t magnitude_of(int32_t v) {
     return v < 0 ? -v : v; // of the most negative number: itself, below 0
@@ -47,12 +52,16 @@ template <class T> [[gnu::always_inline]] inline void join_one(const T *even, co
 
 template <class T>
 [[gnu::always_inline]] inline void join_three(const SplitRow<T> *rgb, Index width, int32_t *__restrict out) {
-    for (int p = 0; p < 2; ++p) {
-        const T *const r = rgb[0].half[p], *const g = rgb[1].half[p], *const b = rgb[2].half[p];
-        for (Index i = 0; i < (width + 1 - p) / 2; ++i) {
-            out[6 * i + 3 * p] = r[i];
-            out[6 * i + 3 * p + 1] = g[i];
-            out[6 * i + 3 * p + 2] = b[i];
+    int32_t channel[3][TILE_COLUMNS];
+    for (Index first = 0; first < width; first += TILE_COLUMNS) {
+        const Index columns = std::min(TILE_COLUMNS, width - first);
+        for (int k = 0; k < 3; ++k)
+            join_one(rgb[k].half[0] + first / 2, rgb[k].half[1] + first / 2, columns, channel[k]);
+        int32_t *const tile = out + 3 * first;
+        for (Index x = 0; x < columns; ++x) {
+            tile[3 * x] = channel[0][x];
+            tile[3 * x + 1] = channel[1][x];
+            tile[3 * x + 2] = channel[2][x];
         }
     }
 }
