@@ -24,12 +24,12 @@ struct CropQuestion {
 struct CropWindow {
     Crop at;
     cfa::FramePtr raw;
-    TakenPlanes planes;
+    Planes planes;
 
     CropWindow(const FRAME *mosaic, const Crop &crop, const Registers &registers);
     const FRAME *plane(const std::string &name) const {
-        const auto found = planes.all().find(name);
-        return name == "raw" ? raw.get() : found != planes.all().end() ? found->second.get() : nullptr;
+        const auto found = planes.find(name);
+        return name == "raw" ? raw.get() : found != planes.end() ? found->second.get() : nullptr;
     }
     bool holds(int x, int y) const {
         return x >= at.x && x < at.x + at.width && y >= at.y && y < at.y + at.height;

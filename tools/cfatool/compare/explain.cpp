@@ -37,9 +37,9 @@ class Bench {
         return out_[name].get();
     }
     const FRAME *made(const std::string &name) const {
-        const auto own = out_.find(name), taken = inner.all().find(name);
+        const auto own = out_.find(name), taken = inner.planes.find(name);
         return own != out_.end()            ? own->second.get()
-               : taken != inner.all().end() ? taken->second.get()
+               : taken != inner.planes.end() ? taken->second.get()
                                             : nullptr;
     }
 

@@ -64,7 +64,7 @@ PlaneForm read_npy_header(const std::string &path, std::FILE *stream) {
     return form;
 }
 
-void write_npy(const std::string &path, const PlaneForm &form, const void *samples) {
+NpyFile::NpyFile(const std::string &path, const PlaneForm &form) : file_(path), row_bytes_(form.row_bytes()) {
     std::string text = fmt::format("{{'descr': '<{}{}', 'fortran_order': False, 'shape': ({}, {}{}), }}",
                                    form.is_signed ? 'i' : 'u', form.bytes, form.height, form.width,
                                    form.channels > 1 ? fmt::format(", {}", form.channels) : "");
@@ -72,12 +72,9 @@ void write_npy(const std::string &path, const PlaneForm &form, const void *sampl
     text += std::string((ALIGNMENT - used) % ALIGNMENT, ' ') + '\n';
     const char version_and_length[] = {1, 0, static_cast<char>(text.size() & 255),
                                        static_cast<char>(text.size() >> 8)};
-    OutputFile file(path);
-    file.write(MAGIC.data(), MAGIC.size());
-    file.write(version_and_length, sizeof version_and_length);
-    file.write(text);
-    file.write(samples, form.row_bytes() * static_cast<size_t>(form.height));
-    file.commit();
+    file_.write(MAGIC.data(), MAGIC.size());
+    file_.write(version_and_length, sizeof version_and_length);
+    file_.write(text);
 }
 
 } // namespace cfatool

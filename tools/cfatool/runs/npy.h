@@ -28,8 +28,18 @@ struct PlaneForm {
 /// or goes on behind its samples.
 PlaneForm read_npy_header(const std::string &path, std::FILE *stream);
 
-/// Writes samples as they stand in memory, 2 or 4 bytes each: unsigned ('<u2', '<u4') or signed ('<i4').
-/// Shape (h, w), or (h, w, channels) for several. Throws Trouble.
-void write_npy(const std::string &path, const PlaneForm &form, const void *samples);
+/// A NumPy file that is written row by row and there when it is complete. Samples as they stand in memory,
+/// 2 or 4 bytes each: unsigned ('<u2', '<u4') or signed ('<i4'). Shape (h, w), or (h, w, channels) for
+/// several. Throws Trouble.
+class NpyFile {
+  public:
+    NpyFile(const std::string &path, const PlaneForm &form);
+    void write_row(const void *samples) { file_.write(samples, row_bytes_); }
+    void commit() { file_.commit(); }
+
+  private:
+    OutputFile file_;
+    const size_t row_bytes_;
+};
 
 } // namespace cfatool

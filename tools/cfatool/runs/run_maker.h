@@ -2,6 +2,7 @@
 #pragma once
 
 #include <map>
+#include <mutex>
 #include <string>
 
 #include "cmodel/cfa/src/planes.h"
@@ -24,20 +25,42 @@ struct RunRequest {
 /// run.json, and what else is asked for. It appears when all has gone well. Throws Trouble and cfa::Error.
 void make_run(const RunRequest &request);
 
-/// Planes as the model makes them, by name.
-class TakenPlanes : public cfa::PlaneTaker {
+/// Every plane of a run, row by row, 32 bits a sample; from the line engine rows of all planes come in turn.
+class PlaneRows : public cfa::PlaneTaker {
   public:
+    explicit PlaneRows(const FRAME *raw) : raw_(raw) {}
+    bool wants(const cfa::PlaneInfo &) const override { return true; }
     void take(const cfa::PlaneInfo &info, const FRAME *plane) override;
-    const std::map<std::string, cfa::FramePtr> &all() const { return planes_; }
+    void row(const cfa::PlaneInfo &info, int y, const cfa::SplitRow<int16_t> *channels) override;
+    void row(const cfa::PlaneInfo &info, int y, const cfa::SplitRow<int32_t> *channels) override;
+
+  protected:
+    virtual void put(const cfa::PlaneInfo &info, int y, const int32_t *samples) = 0;
+    const FRAME *const raw_;
 
   private:
-    std::map<std::string, cfa::FramePtr> planes_;
+    template <class T> void join(const cfa::PlaneInfo &info, int y, const cfa::SplitRow<T> *channels);
+    std::mutex one_at_a_time_;
+};
+
+/// Planes by name.
+using Planes = std::map<std::string, cfa::FramePtr>;
+
+/// Keeps what a run or, of any mosaic, a stage of the model makes.
+class TakenPlanes : public PlaneRows {
+  public:
+    explicit TakenPlanes(const FRAME *raw = nullptr) : PlaneRows(raw) {}
+    void take(const cfa::PlaneInfo &info, const FRAME *plane) override;
+    Planes planes;
+
+  protected:
+    void put(const cfa::PlaneInfo &info, int y, const int32_t *samples) override;
 };
 
 /// A mosaic as the block reads it. Throws Trouble for a missing file, cfa::Error for a malformed one.
 cfa::FramePtr read_mosaic(const std::string &path);
 
 /// Every plane of a run on this mosaic. Throws cfa::Error for one that is too small.
-TakenPlanes planes_of_run(const Registers &registers, const FRAME *raw);
+Planes planes_of_run(const Registers &registers, const FRAME *raw);
 
 } // namespace cfatool
