@@ -1,8 +1,9 @@
 // Panels with detail near the sampling limit.
 #include <string>
+#include <string_view>
 
-#include "tools/cfatool/base/integer_math.h"
 #include "tools/cfatool/base/font.h"
+#include "tools/cfatool/base/integer_math.h"
 #include "tools/cfatool/charts/scene_panels.h"
 
 namespace cfatool {
@@ -104,6 +105,17 @@ Panel roof_panel(int width, int height, uint64_t seed) {
     };
 }
 
+// How many letters of a text that begins again behind a blank end with a word; at most `fit`.
+int whole_words(std::string_view text, int fit) {
+    const int period = static_cast<int>(text.size()) + 1;
+    const auto inside = [&](int i) {
+        return i % period != period - 1 && text[static_cast<size_t>(i % period)] != ' ';
+    };
+    while (fit > 0 && inside(fit))
+        --fit;
+    return fit;
+}
+
 // Lines of print on paper, each scale of the font twice, coloured inks among them.
 Panel text_panel(int width, int height, uint64_t) {
     struct Line {
@@ -128,7 +140,7 @@ Panel text_panel(int width, int height, uint64_t) {
             if (bottom + 2 > height)
                 return paper;
             if (v >= top && v < bottom) {
-                const int letters = (width - 10) / (6 * line.scale); // that fit
+                const int letters = whole_words(line.text, (width - 10) / (6 * line.scale));
                 const int column = (u - 5) / line.scale;
                 if (u < 5 || column >= 6 * letters)
                     return paper;
