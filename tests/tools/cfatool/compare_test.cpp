@@ -168,6 +168,13 @@ TEST_CASE_FIXTURE(Room, "the stage that is wrong, or those that may be: planes o
     CHECK(run("compare all b").status == 2);
     CHECK(contains(run("compare all b").err, "b/dbg_img_GH.ppm: cut short"));
     CHECK(contains(run("compare all b").out, "\nnot readable (1): dbg_img_GH.ppm\n"));
+    // Registers from the record alone, and from nowhere.
+    for (const char *file : {"off/cfa.ini", "off/cmodel_top.ini", "same/cfa.ini", "same/cmodel_top.ini", "same/run.json"})
+        fs::remove(*this / file);
+    check({{"compare off same --common", 1, off}, {"compare same same", 0, "\nno registers in either folder: every stage is taken as on\n"}, {"compare all off --quiet", 1, "register reg_cfa_ymoire_enable: 1 against 0\n"}});
+    put("same/run.json", "{\"registers\": 3}");
+    check({{"compare all same", 2, "same/run.json: is no record of a run\n"}});
+    fs::remove(*this / "same/run.json");
     check({{"compare all nosuch", 2, "nosuch: No such file or directory\n"}, {"compare all empty", 2, "cfatool compare: no image is in both all and empty\n"}, {"compare all raw.ppm", 2, "is a folder, the other is not"},
            {"compare all bypass", 1, "\nonly in all ("}, {"compare all same --json", 0, R"("suspects":[],"first":null,"first_stage":null})" "\n"}});
 }

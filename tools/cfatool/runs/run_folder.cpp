@@ -3,7 +3,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 
+#include "tools/cfatool/base/files.h"
+#include "tools/cfatool/base/json_text.h"
+#include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/runs/run_images.h"
 
 namespace cfatool {
@@ -26,6 +30,20 @@ bool is_exact(const RunImage &image) {
 
 bool made_from(const RunPlane &file, const std::string &plane) {
     return file.plane != nullptr ? file.plane->name == plane : plane == RAW && file.stage == "input";
+}
+
+/// The registers away from reset that a run has written down. Returns whether it has.
+bool load_record(const std::string &path, Registers &registers) {
+    if (!readable(path))
+        return false;
+    const Json record = Json::parse(read_whole_file(path), nullptr, false);
+    if (!record.is_object() || !record.contains("registers") || !record["registers"].is_object())
+        throw file_trouble(path, "is no record of a run");
+    for (const auto &[key, value] : record["registers"].items())
+        if (const FoundRegister found = find_register(registers, key);
+            found.info != nullptr && value.is_number_integer())
+            found.info->store(*found.where.part, value.get<int32_t>());
+    return true;
 }
 
 } // namespace
@@ -54,9 +72,10 @@ RunFolder::RunFolder(const std::string &path) : path_(path) {
 
     auto registers = std::make_shared<Registers>();
     const Registers::Loaded loaded = registers->load_run(path);
-    if (loaded.top)
+    const bool recorded = !loaded.block && !loaded.top && load_record(path + "/run.json", *registers);
+    if (loaded.top || recorded)
         bayer_ = static_cast<uint32_t>(int32_t{registers->top.hw.reg_img_bayerid});
-    if (loaded.block || loaded.top)
+    if (loaded.block || loaded.top || recorded)
         registers_ = registers;
 }
 

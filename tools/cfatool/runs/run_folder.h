@@ -28,7 +28,7 @@ struct RunPlane {
 
 class RunFolder {
   public:
-    /// Throws Trouble for what is no folder.
+    /// Throws Trouble for what is no folder, and for register files that cannot be read.
     explicit RunFolder(const std::string &path);
 
     const std::string &path() const { return path_; }
@@ -44,9 +44,10 @@ class RunFolder {
     const RunPlane *exact(const std::string &plane) const;
     const RunPlane *image(const std::string &plane) const;
 
-    /// The registers of the run; null if the folder has neither cfa.ini nor cmodel_top.ini.
+    /// The registers of the run; null if the folder has none of cfa.ini, cmodel_top.ini and run.json, which
+    /// counts where the others are missing.
     const Registers *registers() const { return registers_.get(); }
-    /// The pattern id; nothing if the folder has no cmodel_top.ini.
+    /// The pattern id; nothing if the folder has neither cmodel_top.ini nor, without cfa.ini, run.json.
     std::optional<uint32_t> bayer() const { return bayer_; }
 
   private:
