@@ -13,7 +13,7 @@ constexpr int32_t magnitude_of(int32_t v) {
     return v < 0 ? -v : v; // of the most negative number: itself, below 0
 }
 
-constexpr int32_t within(int32_t v, int32_t limit) {
+inline int32_t within(int32_t v, int32_t limit) {
     return least32(limit, largest32(0, v));
 }
 
