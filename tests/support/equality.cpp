@@ -265,8 +265,8 @@ std::string registers_text() {
 
 PictureSize small_size(uint32_t seed) {
     Noise noise = noise_of(seed, 1);
-    if (noise.in(0, 9) == 0) // whole vectors, and a little less or more
-        return {64 * noise.in(1, 4) + noise.in(-5, 5), noise.in(3, 8)};
+    if (noise.in(0, 9) == 0) // whole vectors and blocks, and a little less or more
+        return {64 * noise.in(1, 10) + noise.in(-5, 5), noise.in(3, 8)};
     const int width = 4 + noise.in(0, noise.in(0, 3) == 0 ? 90 : 24);
     return {width, 3 + noise.in(0, noise.in(0, 3) == 0 ? 40 : 16)};
 }

@@ -56,8 +56,9 @@ TEST_CASE_FIXTURE(FreshRegisters, "engine and model: at limits that random regis
     }
 }
 
-TEST_CASE_FIXTURE(FreshRegisters,
-                  "engine and model: gradient ratios that a float rounds up to a whole number") {
+TEST_CASE_FIXTURE(
+    FreshRegisters,
+    "engine and model: gradient ratios that are whole numbers, or that a float rounds up to one") {
     const std::pair<const char *, int> weight_falls_with_the_ratio[] = {
         {"ymoire_enable", 1},       {"cmoire_enable", 0},       {"ymoire_detail_low", 256},
         {"ymoire_detail_slope", 0}, {"ymoire_edge_th", 0},      {"ymoire_edge_low", 255},
@@ -65,14 +66,21 @@ TEST_CASE_FIXTURE(FreshRegisters,
         {"ymoire_lut_slope", 64}};
     for (const auto &[key, v] : weight_falls_with_the_ratio)
         set(key, v);
-    for (const uint32_t seed : {80, 3689, 5237, 14249}) { // that contain one
-        Noise noise(seed);
-        const int32_t contrast = noise.in(30000, 65535);
+    const auto two_valued = [](Noise noise, int32_t contrast) {
         Plane raw(24, 16);
         for (int i = 0; i < 24 * 16; ++i)
             raw.set(i / 24, i % 24, 0, noise.in(0, 1) * contrast);
-        expect(raw, true);
+        return raw;
+    };
+    for (const uint32_t seed : {80, 3689, 5237, 14249}) { // that contain one
+        Noise noise(seed);
+        const int32_t contrast = noise.in(30000, 65535);
+        expect(two_valued(noise, contrast), true);
     }
+    set("ymoire_np", 0); // ratios of small numbers, whole ones among them
+    Plane raw = two_valued(Noise(1), 4000);
+    raw.set(15, 23, 0, 65535);
+    expect(raw, true);
 }
 
 TEST_CASE_FIXTURE(FreshRegisters, "the engine takes samples of 16 bits alone, wherever they stand") {
