@@ -18,6 +18,7 @@ _cfatool_options() {
     "regs dump") echo --from --block ;;
     "regs doc") echo -o ;;
     report) echo -o ;;
+    view) echo --port --open ;;
     conformance) echo --tool --sums --record --list --inputs ;;
     esac
 }
@@ -25,7 +26,7 @@ _cfatool_options() {
 # Words that stand at this place besides files; the program knows its charts and registers.
 _cfatool_words() {
     case $1 in
-    "") echo chart mosaic preview run compare crop probe hex regs report conformance --version --help ;;
+    "") echo chart mosaic preview run compare crop probe hex regs report view conformance --version --help ;;
     regs) echo defaults check diff set dump doc --help ;;
     chart) "$2" chart --list 2>/dev/null | cut -d' ' -f1 ;;
     "regs defaults") echo cfa cmodel_top ;;

@@ -16,6 +16,7 @@ void probe_command(Command &command);
 void hex_command(Command &command);
 void regs_command(Command &command);
 void report_command(Command &command);
+void view_command(Command &command);
 void conformance_command(Command &command);
 
 inline constexpr Subcommand SUBCOMMANDS[] = {
@@ -28,7 +29,8 @@ inline constexpr Subcommand SUBCOMMANDS[] = {
     {"probe", "Show one pixel in every image of a run, in pipeline order", probe_command},
     {"hex", "Print a picture as $readmemh text, one sample a line, or read it back", hex_command},
     {"regs", "Make, check, compare and change register files", regs_command},
-    {"report", "Make a web page of a run: call, registers, every image", report_command},
+    {"report", "Make a page of a run, or of two: every plane, what differs", report_command},
+    {"view", "Show that page in a browser, at once for any size", view_command},
     {"conformance", "Check that a built cfa_cmodel gives the recorded bytes", conformance_command},
 };
 

@@ -19,7 +19,7 @@ TEST_CASE_FIXTURE(Room, "help, manual page and completion know the same subcomma
         CHECK_MESSAGE(options == matches_in(bash.substr(line, bash.find(";;", line) - line), "\\s(-o|--[a-gi-z][a-z-]+)"), name);
     }
     for (const auto &[line, offered] : std::vector<std::pair<std::string, std::string>>{
-             {"''", "chart mosaic preview run compare crop probe hex regs report conformance --version --help\n"}, {"hex -", "--crop -o --back --bits --colour --help\n"},
+             {"''", "chart mosaic preview run compare crop probe hex regs report view conformance --version --help\n"}, {"hex -", "--crop -o --back --bits --colour --help\n"},
              {"regs ''", "defaults check diff set dump doc --help\n"}, {"chart zo", "zone-plate\n"}, {"regs set x reg_cfa_vw", "reg_cfa_vw_thd=\n"}}) {
         put("c", "source '" + file + "'\nCOMP_WORDS=(\"$CFATOOL\" " + line + ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_cfatool\necho ${COMPREPLY[@]}\n");
         CHECK(run_program({"/bin/bash", *this / "c"}).out == offered);
