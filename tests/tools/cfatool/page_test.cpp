@@ -8,7 +8,7 @@ TEST_CASE_FIXTURE(Room, "the page of two runs: planes of both in pipeline order,
         put(side + std::string("/cmodel_top.ini"), "[cmodel_top]\nreg_img_bayerid = 2\n"); // Gr R / B Gb
     }
     put("a/cfa.ini", "[cfa]\nreg_cfa_edge_tol = 300\n");
-    put("b/cfa.ini", "[cfa]\nreg_cfa_edge_tol = 7\n");
+    put("b/cfa.ini", "[cfa]\n");
     put("a/run.json", R"({"call":["cfatool","run","</script>"]})");
     put("a/dbg/dbg_img_DirInfo.ppm", picture("P5 4 2 4095", {0, 1, 2, 0, 1, 2, 0, 1}));
     put("b/dbg_img_DirInfo.ppm", picture("P5 4 2 4095", {0, 1, 2, 0, 1, 2, 2, 1}));
@@ -16,22 +16,24 @@ TEST_CASE_FIXTURE(Room, "the page of two runs: planes of both in pipeline order,
     put("b/dbg_img_GV.ppm", raw);
     put("a/out.ppm", picture("P6 1 1 4095", {1, 2, 3}));
     put("b/out.ppm", picture("P6 1 2 4095", {1, 2, 3, 4, 5, 6}));
+    put("a/other.ppm", raw);
+    put("b/other.ppm", picture("P5 4 2 4095", {1, 2, 3, 40, 5, 6, 7, 9}));
     put("a/zz.ppm", "P5\n0 0\n255\n");
-    check({{"report a b -o page", 0, "page/index.html: 7 planes and images; "}, {"report a -o one.html", 0, "one.html: 5 planes"},
+    check({{"report a b -o page", 0, "page/index.html: 8 planes and images; "}, {"report a -o one.html", 0, "one.html: 6 planes"},
            {"report none -o x", 2, "none: No such"}, {"report page -o x", 2, "page: holds no plane and no image"}});
     const std::string page = get("page/index.html");
     for (const char *part : {
              R"("title":"a : b")", R"("bayer":2,"sites":["Gr","R","Gr","R","B","Gb",)", R"(\u003c/script>)",
-             R"("key":"reg_cfa_edge_tol")", R"("reset":256,"values":[300,7]})",
+             R"("key":"reg_cfa_edge_tol")", R"("reset":256,"values":[300,256]})",
              R"({"id":"dbg_img_GH.ppm","name":"GH",)", R"("has":[false,false],"comparable":false)", "cut short",
              R"({"id":"dbg_img_GV.ppm","name":"GV",)", R"("has":[false,true],"comparable":false)",
              R"("codes":["blend","horizontal","vertical"])", R"~({"id":"out.ppm (other)")~", "the two differ in size",
-             R"({"verdict":"equal"})", R"({"verdict":"differs","differing":1,"largest":2,"first":[2,1]})",
+             R"({"verdict":"equal"})", R"({"verdict":"differs","differing":1,"largest":2,"first":[2,1]})", R"("differing":2,"largest":36,"first":[3,0]})",
              R"("least":0,"most":2,"histogram":[[3,0)"})
         CHECK_MESSAGE(contains(page, part), part);
     CHECK(page.find("dbg_img_GV") < page.find("dbg_img_DirInfo"));
     CHECK(matches_in(page, "(</script)").size() == 1);
-    CHECK(matches_in(page, "\"(\\d-[abd]-\\d-\\d-\\d)\":") == std::set<std::string>{"0-a-0-0-0", "2-b-0-0-0", "3-a-0-0-0", "3-b-0-0-0", "4-a-0-0-0", "5-b-0-0-0"});
+    CHECK(matches_in(page, "\"(\\d-[abd]-\\d-\\d-\\d)\":") == std::set<std::string>{"0-a-0-0-0", "2-b-0-0-0", "3-a-0-0-0", "3-b-0-0-0", "4-a-0-0-0", "5-b-0-0-0", "6-a-0-0-0", "6-b-0-0-0"});
     CHECK(contains(get("one.html"), R"("title":"a")"));
     put("wide/raw.ppm", "P5\n4000 3001\n255\n" + std::string(4000 * 3001, 'x'));
     put("wide/tiles/keep.js", "");
