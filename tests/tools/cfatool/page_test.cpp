@@ -28,7 +28,7 @@ TEST_CASE_FIXTURE(Room, "the page of two runs: planes of both in pipeline order,
              R"({"id":"dbg_img_GH.ppm","name":"GH",)", R"("has":[false,false],"comparable":false)", "cut short",
              R"({"id":"dbg_img_GV.ppm","name":"GV",)", R"("has":[false,true],"comparable":false)",
              R"("codes":["blend","horizontal","vertical"])", R"~({"id":"out.ppm (other)")~", "the two differ in size",
-             R"({"verdict":"equal"})", R"({"verdict":"differs","differing":1,"largest":2,"first":[2,1]})", R"("differing":2,"largest":36,"first":[3,0]})",
+             R"({"verdict":"equal"})", R"({"verdict":"differs","differing":1,"largest":2,"first":[2,1],"kinds":[]})", R"("differing":2,"largest":36,"first":[3,0]})",
              R"("least":0,"most":2,"histogram":[[3,0)"})
         CHECK_MESSAGE(contains(page, part), part);
     CHECK(page.find("dbg_img_GV") < page.find("dbg_img_DirInfo"));

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tools/cfatool/base/trouble.h"
+#include "tools/cfatool/compare/difference_kind.h"
 #include "tools/cfatool/compare/verdict.h"
 #include "tools/cfatool/page/page_runs.h"
 #include "tools/cfatool/pictures/colour_sites.h"
@@ -108,10 +109,14 @@ std::string word_of(Verdict verdict) {
     return word;
 }
 
-Json comparison_json(const PagePlane &plane) {
-    if (!plane.comparable())
+/// How the two sides of a plane compare; its pair is among the files compared unless one side is missing.
+Json comparison_json(const PagePlane &plane, const std::vector<FilePair> &files) {
+    const auto pair = std::find_if(files.begin(), files.end(), [&](const FilePair &of) {
+        return plane.comparable() && of.compared() && of.a->path == plane.file[0]->path();
+    });
+    if (pair == files.end())
         return {{"verdict", plane.trouble.empty() ? "one side" : plane.trouble}};
-    const Comparison found = compare_pictures(plane.file[0]->path(), plane.file[1]->path(), {});
+    const Comparison &found = pair->found;
     if (!found.mismatch.empty())
         return {{"verdict", found.mismatch}};
     if (found.equal())
@@ -133,7 +138,7 @@ std::string headline_of(const RunVerdict &verdict) {
                            : fmt::format("No difference seen; {} planes are not seen whole", unseen);
     }
     const std::string where =
-        fmt::format("{} at {},{}", first->name, first->found.list[0].x, first->found.list[0].y);
+        fmt::format("{} at {},{}", first->name(), first->found.list[0].x, first->found.list[0].y);
     if (verdict.suspects.size() == 1)
         return fmt::format("{} differs: {}", verdict.suspects[0], where);
     return fmt::format("Suspects: {}. First seen in {}", fmt::join(verdict.suspects, ", "), where);
@@ -192,7 +197,7 @@ Json PageRuns::verdict() const {
         stages[stage.stage] = word_of(stage.verdict);
     Json first;
     for (size_t i = 0; i < planes_.size(); ++i) {
-        planes.push_back(comparison_json(planes_[i]));
+        planes.push_back(comparison_json(planes_[i], judged.files));
         const PlaneVerdict *const named = judged.first_plane();
         const bool is_first = named != nullptr ? planes_[i].file[0] && planes_[i].file[0]->path() == named->a
                                                : planes.back()["verdict"] == "differs";
@@ -201,7 +206,12 @@ Json PageRuns::verdict() const {
     }
     if (!first.is_null() && judged.first) {
         const Difference &at = judged.first_plane()->found.list[0];
-        planes[first.get<size_t>()]["first"] = {at.x, at.y}; // of the stage that is wrong
+        Json &plane = planes[first.get<size_t>()];
+        plane["first"] = {at.x, at.y}; // of the stage that is wrong
+        const PlaneVerdict &named = *judged.first_plane();
+        const uint32_t range = range_of_format(planes_[first.get<size_t>()].about.range);
+        plane["kinds"] =
+            difference_kinds(named.a, named.b, named.found, range, judged.bayer, named.part.sites);
     }
     return {{"headline", headline_of(judged)}, {"first", first}, {"stages", stages}, {"planes", planes}};
 }

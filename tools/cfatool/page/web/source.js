@@ -100,11 +100,11 @@ function entryOf(plane, side, level, column, row) {
   entry ??= { bytes: 0 };
   cache.set(key, entry);
   entry.promise ??= load(plane, side, level, column, row).then(
-    (tile) => {
-      entry.tile = tile;
+    (got) => {
+      entry.tile = got;
       keep(key, entry);
       changed();
-      return tile;
+      return got;
     },
     (error) => {
       trouble.text = error.message;
