@@ -22,7 +22,11 @@ struct Pictures : Room {
             return outcome.out + outcome.err;
         if (!contains(words, "preview"))
             return get("o");
-        const cfatool::RgbPicture png = cfatool::read_png(*this / "o");
+        cfatool::RgbPicture png = cfatool::read_png(*this / "o", cfatool::PngColours::any);
+        const bool grey = !contains(words, "false") && !contains(name, "dbg_") && (content[1] == '5' || contains(words, "made.png"));
+        CHECK(get("o")[25] == (grey ? 0 : 2)); // the colour type: grey or RGB
+        for (size_t i = 0; png.channels == 1 && i < png.samples.size(); i += 3)
+            png.samples.insert(png.samples.begin() + static_cast<std::ptrdiff_t>(i), 2, png.samples[i]);
         return picture("P6 " + std::to_string(png.width) + " " + std::to_string(png.height) + " 255",
                        Samples(png.samples.begin(), png.samples.end()));
     }

@@ -93,13 +93,13 @@ struct PngWriter::State {
 
 namespace {
 
-bool begin_writing(png_structp png, png_infop info, std::string &pending, int width, int height) {
+bool begin_writing(png_structp png, png_infop info, std::string &pending, int width, int height, bool grey) {
     if (setjmp(png_jmpbuf(png)))
         return false;
     png_set_write_fn(png, &pending, on_write, on_flush);
     png_set_IHDR(png, info, static_cast<png_uint_32>(width), static_cast<png_uint_32>(height), 8,
-                 PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT,
-                 PNG_FILTER_TYPE_DEFAULT);
+                 grey ? PNG_COLOR_TYPE_GRAY : PNG_COLOR_TYPE_RGB, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
     png_write_info(png, info);
     return true;
 }
@@ -120,10 +120,12 @@ bool end_writing(png_structp png) {
 
 } // namespace
 
-PngWriter::PngWriter(const std::string &path, int width, int height) : file_(path), state_(new State) {
+PngWriter::PngWriter(const std::string &path, int width, int height, bool grey)
+    : file_(path), grey_(grey), state_(new State) {
     state_->png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &state_->message, on_error, on_warning);
     state_->info = state_->png != nullptr ? png_create_info_struct(state_->png) : nullptr;
-    if (state_->info == nullptr || !begin_writing(state_->png, state_->info, state_->pending, width, height))
+    if (state_->info == nullptr ||
+        !begin_writing(state_->png, state_->info, state_->pending, width, height, grey))
         fail();
 }
 
@@ -143,7 +145,10 @@ void PngWriter::flush() {
 }
 
 void PngWriter::write_row(const std::vector<uint8_t> &row) {
-    if (!put_row(state_->png, row.data()))
+    std::vector<uint8_t> grey;
+    for (size_t i = 0; grey_ && i < row.size(); i += 3)
+        grey.push_back(row[i]);
+    if (!put_row(state_->png, grey_ ? grey.data() : row.data()))
         fail();
     flush();
 }

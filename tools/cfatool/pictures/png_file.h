@@ -9,17 +9,18 @@
 
 namespace cfatool {
 
-/// Writes an 8-bit RGB PNG row by row. No time and no text chunk: the same rows give the same file.
+/// Writes an 8-bit PNG row by row, RGB or grey. No time and no text chunk: the same rows give the same file.
 /// Every member throws Trouble naming the file and the reason.
 class PngWriter {
   public:
     /// REQUIRES width >= 1 and height >= 1.
-    PngWriter(const std::string &path, int width, int height);
+    PngWriter(const std::string &path, int width, int height, bool grey = false);
     ~PngWriter();
     PngWriter(const PngWriter &) = delete;
     PngWriter &operator=(const PngWriter &) = delete;
 
-    /// The next row, 3 x width samples. REQUIRES fewer than `height` calls before.
+    /// The next row, 3 x width samples; of a grey picture the first of three counts. REQUIRES fewer than
+    /// `height` calls before.
     void write_row(const std::vector<uint8_t> &row);
     /// REQUIRES that all rows have been written.
     void commit();
@@ -30,6 +31,7 @@ class PngWriter {
     void flush();
 
     OutputFile file_;
+    bool grey_;
     State *state_;
 };
 

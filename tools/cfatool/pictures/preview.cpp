@@ -98,7 +98,7 @@ Row label_row(const PreviewOptions &options, size_t first, size_t count, int pic
 /// The sheet row by row; rows of pictures that are not full end in white.
 class Sheet {
   public:
-    Sheet(const PreviewOptions &options, size_t count, const Crop &crop)
+    Sheet(const PreviewOptions &options, size_t count, const Crop &crop, bool grey)
         : columns_(options.columns == 0 ? count : std::min(options.columns, count)) {
         const auto across = static_cast<int64_t>(columns_);
         const auto down = static_cast<int64_t>((count + columns_ - 1) / columns_);
@@ -109,7 +109,7 @@ class Sheet {
         if (width > 1000000 || height > 1000000)
             throw file_trouble(options.output, "a preview of more than 1000000 pixels a side");
         width_ = static_cast<size_t>(width);
-        png_.emplace(options.output, static_cast<int>(width), static_cast<int>(height));
+        png_.emplace(options.output, static_cast<int>(width), static_cast<int>(height), grey);
     }
     size_t columns() const { return columns_; }
     void add(Row row) {
@@ -151,7 +151,10 @@ void run(const PreviewOptions &options) {
         shown.emplace_back(path, options.false_colour);
     check_sizes(shown);
     const Crop crop = crop_in(options.crop, shown.front().reader);
-    Sheet sheet(options, shown.size(), crop);
+    const bool grey = std::all_of(shown.begin(), shown.end(), [](const Shown &s) {
+        return s.look == Look::plain && s.reader.info().channels == 1;
+    });
+    Sheet sheet(options, shown.size(), crop, grey);
     auto next = shown.begin();
     for (size_t first = 0; first < shown.size(); first += sheet.columns()) {
         Group group;
