@@ -39,19 +39,20 @@ std::array<int64_t, 2> range_of(const PagePlane &plane) {
     return {plane.about.range.starts_with("s") && plane.about.exact ? -most - 1 : 0, most};
 }
 
-/// What the list calls it: GH, and "GH image" for the debug image beside the exact plane.
+/// What the list calls it: GH; beside the exact plane "GH image" for the debug image, "out_dc.ppm" for the
+/// file.
 std::string name_of(const PagePlane &plane, const std::vector<PagePlane> &planes) {
-    const PagePlane *const twin =
-        std::find_if(planes.data(), planes.data() + planes.size(), [&](const PagePlane &of) {
-            return &of != &plane && of.about.plane == plane.about.plane && plane.about.plane != nullptr;
-        });
     std::string name = plane.id;
     for (const char *start : {"dbg_img_", "dbg_"})
         if (name.starts_with(start))
             name = name.substr(std::strlen(start));
     if (const size_t end = name.find(".ppm"); end != std::string::npos)
         name.erase(end, 4);
-    return twin != planes.data() + planes.size() && !plane.about.exact ? name + " image" : name;
+    const bool twin = std::any_of(planes.begin(), planes.end(), [&](const PagePlane &of) {
+        const bool same_plane = of.about.plane == plane.about.plane && plane.about.plane != nullptr;
+        return &of != &plane && (of.id == name || (same_plane && of.about.exact && !plane.about.exact));
+    });
+    return !twin ? name : plane.about.exact ? plane.id : name + " image";
 }
 
 /// Registers that are away from their reset in a run, or differ between the two.

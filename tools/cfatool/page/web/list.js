@@ -123,7 +123,7 @@ function writeValues() {
 function bringIntoView(node) {
   const stages = byId('stages');
   const top = node.getBoundingClientRect().top - stages.getBoundingClientRect().top;
-  if (top < 40 || top > stages.clientHeight - 60) stages.scrollTop += top - stages.clientHeight / 2;
+  if (top < 40 || top > stages.clientHeight - 120) stages.scrollTop += top - stages.clientHeight / 2;
 }
 
 watch(() => {
