@@ -25,8 +25,8 @@ const set = (change) => () => {
 const slide = (by) => set(() => ({ slider: Math.min(1, Math.max(0, view.slider + by)) }));
 
 function nextTheme() {
-  const { dataset } = document.documentElement;
-  dataset.theme = THEMES[(THEMES.indexOf(dataset.theme ?? '') + 1) % THEMES.length];
+  const { style } = document.documentElement;
+  style.colorScheme = THEMES[(THEMES.indexOf(style.colorScheme) + 1) % THEMES.length];
   changed();
 }
 

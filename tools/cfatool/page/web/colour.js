@@ -19,8 +19,8 @@ const rangeKey = (plane, side) => plane.id + (side === 'd' ? ' difference' : '')
 /** The range when nobody has chosen one: the outputs whole, other planes from least to largest of both sides. */
 function ownRange(plane, side) {
   if (side === 'd') {
-    const found = summaryNow(plane, 'd') ?? { least: -1, most: 1 };
-    const largest = Math.max(1, -found.least, found.most);
+    const found = summaryNow(plane, 'd');
+    const largest = found ? Math.max(1, -found.least, found.most) : 1;
     return { low: -largest, high: largest, gamma: 1 };
   }
   if (plane.whole) return { low: plane.range[0], high: plane.range[1], gamma: 1 };
@@ -74,9 +74,7 @@ export function lookOf(plane, side) {
   return `${low}/${high}/${gamma}`;
 }
 
-function packed([r, g, b]) {
-  return ((255 << 24) | (b << 16) | (g << 8) | r) >>> 0;
-}
+const packed = ([r, g, b]) => ((255 << 24) | (b << 16) | (g << 8) | r) >>> 0;
 
 /** Largest difference of all channels and extremes, by amount. */
 function paintDifference(planes, range, out) {

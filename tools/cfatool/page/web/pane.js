@@ -19,11 +19,9 @@ function paintedNow(plane, side, level, column, row) {
   const found = paintedTiles.get(key);
   if (found?.look === look) return found.canvas;
   const tile = tileNow(plane, side, level, column, row);
-  if (!tile) return found?.canvas ?? null;
-  if (performance.now() > paintUntil) {
-    changed(); // the next frame goes on
-    return found?.canvas ?? null;
-  }
+  const late = performance.now() > paintUntil;
+  if (tile && late) changed(); // the next frame goes on
+  if (!tile || late) return found?.canvas ?? null;
   const canvas = painted(plane, side, tile);
   paintedTiles.delete(key);
   paintedTiles.set(key, { look, canvas });
@@ -54,7 +52,7 @@ export function tilesInView(plane, level, [left, top, right, bottom]) {
 export class Pane {
   constructor(index) {
     this.index = index;
-    this.canvas = element('canvas', { className: 'pixels' });
+    this.canvas = element('canvas');
     this.label = element('div', { className: 'label' });
     this.node = element('div', { className: 'pane', data: { pane: index } }, this.canvas, this.label);
   }
@@ -147,11 +145,9 @@ export class Pane {
     const x1 = Math.min(tile.width, Math.ceil(right - x));
     const y1 = Math.min(tile.height, Math.ceil(bottom - y));
     if (x1 <= x0 || y1 <= y0) return;
-    const [to, end] = [
-      [x + x0, y + y0],
-      [x + x1, y + y1],
-    ].map((corner) => corner.map((n, axis) => this.place(n * factor, axis)));
-    this.context.drawImage(tile, x0, y0, x1 - x0, y1 - y0, to[0], to[1], end[0] - to[0], end[1] - to[1]);
+    const [x2, y2] = [this.place((x + x0) * factor, 0), this.place((y + y0) * factor, 1)];
+    const [x3, y3] = [this.place((x + x1) * factor, 0), this.place((y + y1) * factor, 1)];
+    this.context.drawImage(tile, x0, y0, x1 - x0, y1 - y0, x2, y2, x3 - x2, y3 - y2);
   }
 
   /** Grid, values, and a frame around what differs. */
@@ -177,10 +173,7 @@ export class Pane {
 
   drawValues(values, side, x, y, [r, g, b]) {
     const { context, scale } = this;
-    const lines =
-      this.plane.codes && side !== 'd'
-        ? [String(values[0])]
-        : values.map((v) => sampleText(this.plane, [v], side === 'd'));
+    const lines = values.map((v) => sampleText({}, [v], side === 'd'));
     const longest = Math.max(...lines.map((line) => line.length), 3);
     const size = Math.min(scale / (0.64 * longest), scale / (1.2 * lines.length), 15 * globalThis.devicePixelRatio);
     context.font = `${size}px ui-monospace, monospace`;
@@ -191,35 +184,21 @@ export class Pane {
     lines.forEach((line, i) => context.fillText(line, middle, centre + (i - (lines.length - 1) / 2) * size * 1.15));
   }
 
-  frame(x, y, colour, width) {
+  frame(x, y, colour, width, around = 0) {
     const { context } = this;
-    const [x0, y0] = [this.place(x, 0), this.place(y, 1)];
+    const [x0, y0] = [this.place(x - around, 0), this.place(y - around, 1)];
     context.strokeStyle = colour;
     context.lineWidth = width * globalThis.devicePixelRatio;
-    context.strokeRect(x0, y0, this.place(x + 1, 0) - x0, this.place(y + 1, 1) - y0);
+    context.strokeRect(x0, y0, this.place(x + 1 + around, 0) - x0, this.place(y + 1 + around, 1) - y0);
   }
 
-  /** The pixel that is looked at: framed where it is large enough, else pointed at from both sides. */
+  /** The pixel that is looked at. */
   drawSpot() {
     const [x, y] = pixel();
     if (!inside(this.plane, [x, y])) return;
-    if (this.scale >= 8) {
-      this.frame(x, y, '#000', 4);
-      this.frame(x, y, '#fff', 2);
-      return;
-    }
-    const { context } = this;
-    const [middle, centre] = [this.place(x + 0.5, 0), this.place(y + 0.5, 1)];
-    for (const [colour, width] of [
-      ['rgb(0 0 0 / 60%)', 3],
-      ['#fff', 1],
-    ]) {
-      context.fillStyle = colour;
-      for (const from of [-14, 6]) {
-        context.fillRect(middle + from, centre - (width >> 1), 8, width);
-        context.fillRect(middle - (width >> 1), centre + from, width, 8);
-      }
-    }
+    const around = Math.max(0, 6 - this.scale / 2) / this.scale; // wide enough to be seen
+    this.frame(x, y, '#000', 4, around);
+    this.frame(x, y, '#fff', 2, around);
   }
 
   describe(side) {

@@ -32,8 +32,7 @@ export function zoomTo(zoom, around = [view.x, view.y]) {
   const to = Math.min(MOST_ZOOM, Math.max(zoom, Math.min(1, wholeZoom() / 2)));
   view.x = around[0] + ((view.x - around[0]) * view.zoom) / to;
   view.y = around[1] + ((view.y - around[1]) * view.zoom) / to;
-  view.zoom = to;
-  view.fitted = false;
+  Object.assign(view, { zoom: to, fitted: false });
   keepInside();
 }
 
@@ -46,9 +45,8 @@ export function keepInside() {
 }
 
 export function fit() {
-  [view.x, view.y] = activePlane().size.map((length) => length / 2);
-  view.zoom = wholeZoom();
-  view.fitted = true;
+  const [x, y] = activePlane().size.map((length) => length / 2);
+  Object.assign(view, { x, y, zoom: wholeZoom(), fitted: true });
   changed();
 }
 

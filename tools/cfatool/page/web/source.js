@@ -10,9 +10,7 @@ const CACHE_BYTES = 256 << 20;
 /** Samples a cell of a level along each side: 1, 4, 8, 16 ... */
 export const factorOf = (level) => (level === 0 ? 1 : 2 ** (level + 1));
 
-export function levelSize(plane, level) {
-  return plane.size.map((length) => Math.ceil(length / factorOf(level)));
-}
+export const levelSize = (plane, level) => plane.size.map((length) => Math.ceil(length / factorOf(level)));
 
 /** The first level that fits one tile. */
 export function lastLevel(plane) {
@@ -68,7 +66,8 @@ async function load(plane, side, level, column, row) {
   if (plane.equal && side === 'b') return tile(plane, 'a', level, column, row);
   const [width, height] = levelSize(plane, level).map((n, i) => Math.min(TILE, n - [column, row][i] * TILE));
   const count = plane.channels * (level === 0 ? 1 : 2);
-  if (side === 'd' && plane.equal) return { width, height, planes: unpackZero(width * height, count) };
+  const zeros = () => new Int32Array(width * height);
+  if (side === 'd' && plane.equal) return { width, height, planes: Array.from({ length: count }, zeros) };
   if (side === 'd' && level === 0) {
     const [a, b] = await Promise.all(['a', 'b'].map((s) => tile(plane, s, 0, column, row)));
     return { width, height, planes: a.planes.map((of, c) => of.map((sample, i) => sample - b.planes[c][i])) };
@@ -77,13 +76,17 @@ async function load(plane, side, level, column, row) {
   return { width, height, planes: unpack(bytes, width, height, count) };
 }
 
-const unpackZero = (samples, count) => Array.from({ length: count }, () => new Int32Array(samples));
-
 const cache = new Map(); // in the order of use
 let held = 0;
 export const trouble = { text: '' };
 
+function fail(error) {
+  trouble.text = error.message;
+  changed();
+}
+
 function keep(key, entry) {
+  if (cache.get(key) !== entry) return; // forgotten on its way
   entry.bytes = 4 * entry.tile.width * entry.tile.height * entry.tile.planes.length;
   held += entry.bytes;
   for (const [oldest, { bytes }] of cache) {
@@ -99,20 +102,13 @@ function entryOf(plane, side, level, column, row) {
   if (entry) cache.delete(key);
   entry ??= { bytes: 0 };
   cache.set(key, entry);
-  entry.promise ??= load(plane, side, level, column, row).then(
-    (got) => {
-      entry.tile = got;
-      keep(key, entry);
-      changed();
-      return got;
-    },
-    (error) => {
-      trouble.text = error.message;
-      changed();
-      throw error;
-    },
-  );
-  entry.promise.catch(() => {});
+  if (entry.promise) return entry;
+  entry.promise = load(plane, side, level, column, row);
+  entry.promise.then((got) => {
+    entry.tile = got;
+    keep(key, entry);
+    changed();
+  }, fail);
   return entry;
 }
 
@@ -145,10 +141,7 @@ export function summaryNow(plane, side) {
         plane.summaries[side] = summary;
         changed();
       })
-      .catch((error) => {
-        trouble.text = error.message;
-        changed();
-      });
+      .catch(fail);
   }
   return plane.summaries[side];
 }
