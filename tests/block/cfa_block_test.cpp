@@ -91,7 +91,7 @@ struct Memory {
 
 Plane deep_mosaic(uint32_t seed, PictureSize size) {
     Plane raw =
-        seed % 6 == 0 ? Noise(seed).plane(size.width, size.height, 1, 0, 65535) : draw_mosaic(seed, size);
+        seed % 6 == 0 ? Noise(seed).plane(size.width, size.height, 1, 0, 65535) : drawn_mosaic(seed, size);
     if (seed % 6 == 1) // the last sample alone
         raw.set(size.height - 1, size.width - 1, 0, 5000);
     return raw;

@@ -5,23 +5,13 @@
 #include <string>
 
 #include "tests/support/planes.h"
+#include "tools/cfatool/random/drawn_case.h"
 
-struct PictureSize {
-    int width;
-    int height;
-};
+using cfatool::large_size, cfatool::PictureSize, cfatool::small_size;
 
-/// Random sizes from 4 x 3 up: mostly small, some around the widths at which a half-row fills its vectors.
-PictureSize small_size(uint32_t seed);
-/// 200 x 100 to 700 x 500, and some very wide or tall.
-PictureSize large_size(uint32_t seed);
-
-/// Draws both register blocks from the seed: a pattern id of 0 to 3, and values over the whole range of every
-/// field, small ones and the ends among them. In one of three pictures slopes may contradict their levels.
+/// The registers and the mosaic of a seed.
 void draw_registers(uint32_t seed);
-
-/// A mosaic of 1 to 16 bits from the seed, half of them 12.
-Plane draw_mosaic(uint32_t seed, PictureSize size);
+Plane drawn_mosaic(uint32_t seed, PictureSize size);
 
 struct Equality {
     bool served;            // the engine did not refuse
@@ -32,8 +22,7 @@ struct Equality {
 /// By the seed, all planes, some of them, debug images are compared as well, and the engine has two threads.
 Equality compare_engine_with_model(uint32_t seed, PictureSize size);
 
-/// The same at limits that random registers seldom meet: weights and details one step from their largest, odd
-/// slopes, variances at the change of their unit. Small pictures of strong contrasts.
+/// The same at limits that random registers seldom meet.
 Equality compare_at_limits(uint32_t seed);
 
 /// What is compared beside the outputs: all planes, some of them, or the files of the debug folder.

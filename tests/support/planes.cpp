@@ -31,12 +31,6 @@ int32_t Plane::operator()(int y, int x, int c) const {
     return value(frame_.get(), reflected(y, height()), reflected(x, width()), c);
 }
 
-int32_t Noise::in(int32_t low, int32_t high) {
-    state_ = state_ * 6364136223846793005u + 1442695040888963407u;
-    const uint64_t span = static_cast<uint64_t>(int64_t{high} - low + 1);
-    return static_cast<int32_t>(low + static_cast<int64_t>((state_ >> 33) % span));
-}
-
 Plane Noise::plane(int width, int height, int channels, int32_t low, int32_t high) {
     Plane plane(width, height, channels);
     for (int i = 0; i < width * height * channels; ++i)

@@ -6,6 +6,7 @@
 #include <initializer_list>
 
 #include "cmodel/common/frame.h"
+#include "tools/cfatool/random/noise.h"
 
 /// A small owned plane; passes as FRAME *.
 class Plane {
@@ -19,6 +20,7 @@ class Plane {
     Plane(int width, int height, int channels, std::initializer_list<int32_t> samples);
     /// A plane of zeros of the same width and height.
     explicit Plane(const Plane &size_of, int channels) : Plane(size_of.width(), size_of.height(), channels) {}
+    explicit Plane(cfa::FramePtr frame) : frame_(std::move(frame)) {}
 
     operator FRAME *() const { return frame_.get(); }
     int width() const { return static_cast<int>(frame_->width); }
@@ -35,14 +37,9 @@ class Plane {
 };
 
 /// Repeatable noise.
-class Noise {
-  public:
-    explicit Noise(uint32_t seed) : state_(seed) {}
-    int32_t in(int32_t low, int32_t high); // both inclusive
+struct Noise : cfatool::Noise {
+    using cfatool::Noise::Noise;
     Plane plane(int width, int height, int channels, int32_t low, int32_t high);
-
-  private:
-    uint64_t state_;
 };
 
 /// Compares every sample; a plane that differs prints its first difference: y, x, channel, got, want.

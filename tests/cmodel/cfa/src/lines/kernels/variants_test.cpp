@@ -181,7 +181,7 @@ TEST_CASE_FIXTURE(FreshRegisters, "every variant of every kernel gives the same 
     std::vector<Picture> pictures;
     for (uint32_t seed = 0; seed < 60; ++seed) {
         draw_registers(seed);
-        pictures.push_back({seed, draw_mosaic(seed, small_size(seed))});
+        pictures.push_back({seed, drawn_mosaic(seed, small_size(seed))});
     }
     const Samples want = all_samples(pictures);
     REQUIRE(!want.empty());
