@@ -10,7 +10,7 @@ from pathlib import Path
 MODEL = ["cmodel/cfa/src/stages/*", "cmodel/cfa/src/kit/*", "cmodel/common/curve.cpp"]
 ENGINE = ["cmodel/cfa/src/lines/**/*"]
 # Debug images and the root that no stage calls; the engine's schedule, buffers, declarations and file words.
-LEFT_OUT = re.compile(r"kit/(debug_image|lut_intp)|lines/(engine|conditions|debug_rows|file_rows|frame_rows|line_buffer|row_writer|rows|side_by_side)|"
+LEFT_OUT = re.compile(r"kit/(debug_image|lut_intp)|lines/(engine|conditions|debug_places|debug_rows|file_rows|frame_rows|line_buffer|row_writer|rows|side_by_side)|"
                       r"kernels/(kernels|file_words|plane_words)")
 # Loops over whole planes, declarations, sizes.
 NO_ARITHMETIC = re.compile(r"\bfor \((?!int \w+ = -?\d+; \w+ <=? \d)|\b(template |std::array)<|\bif constexpr \(|"

@@ -1,19 +1,13 @@
 #include "tests/support/equality.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <functional>
-#include <map>
 #include <sstream>
-#include <vector>
 
 #include "cmodel/cfa/src/cfa_model.h"
-#include "cmodel/cfa/src/kit/debug_image.h"
-#include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/frame_rows.h"
-#include "cmodel/cfa/src/planes.h"
 #include "cmodel/cfa/src/reg_parse/cfa_reg.h"
 #include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
+#include "tests/support/beside.h"
 #include "tests/support/tool.h"
 
 using namespace cfa;
@@ -53,87 +47,6 @@ void compare_outputs(std::ostream &out, const Outputs &want, const Outputs &got)
     compare_plane(out, "gain", want.gain, got.gain);
 }
 
-// Planes as text: sizes and samples.
-class Recorder : public PlaneTaker {
-  public:
-    Recorder(const Plane &raw, uint32_t seed) : raw_(raw), noise_(seed) {
-        for (const PlaneInfo &plane : planes())
-            if (seed == 0 || noise_.in(0, 5) == 0)
-                found[plane.name];
-    }
-    bool wants(const PlaneInfo &plane) const override { return found.contains(plane.name); }
-    void take(const PlaneInfo &plane, const FRAME *frame) override {
-        for (int y = 0; y < raw_.height() && wants(plane); ++y)
-            for (int x = 0; x < raw_.width(); ++x)
-                for (int c = 0; c < plane.channels; ++c)
-                    found[plane.name].push_back(value(frame, y, x, c));
-    }
-    void row(const PlaneInfo &plane, int y, const SplitRow<int16_t> *channels) override {
-        add(plane, y, channels);
-    }
-    void row(const PlaneInfo &plane, int y, const SplitRow<int32_t> *channels) override {
-        add(plane, y, channels);
-    }
-
-    std::map<std::string, std::vector<int32_t>> found;
-
-  private:
-    template <class T> void add(const PlaneInfo &plane, int y, const SplitRow<T> *channels) {
-        std::vector<int32_t> &samples = found.at(plane.name);
-        samples.resize(static_cast<size_t>(y * raw_.width() * plane.channels),
-                       UNTOUCHED); // rows come in order
-        for (int x = 0; x < raw_.width(); ++x)
-            for (int c = 0; c < plane.channels; ++c)
-                samples.push_back(channels[c].half[x % 2][x / 2]);
-    }
-    const Plane &raw_;
-    Noise noise_;
-};
-
-// What one way leaves beside the outputs, by name.
-struct Found {
-    std::map<std::string, std::vector<int32_t>> planes;
-    std::map<std::string, std::string> images;
-};
-
-Found run_beside(const Plane &raw, Beside beside, const std::function<void()> &way) {
-    if (beside == Beside::nothing) {
-        way();
-        return {};
-    }
-    if (beside == Beside::images) {
-        const TempFolder folder;
-        std::snprintf(dbg_path, sizeof dbg_path, "%s", folder.path.c_str());
-        dump_dbg_img = true;
-        way();
-        dump_dbg_img = false;
-        Found found;
-        for (const auto &entry : std::filesystem::directory_iterator(folder.path))
-            found.images[entry.path().filename()] = read_file(entry.path());
-        return found;
-    }
-    Recorder recorder(raw,
-                      beside == Beside::planes ? 0 : 1 + static_cast<uint32_t>(raw.width() + raw.height()));
-    const BoundRegisters bound(cfa_reg, cmodel_top_reg, &recorder);
-    way();
-    return {recorder.found, {}};
-}
-
-template <class T> void compare_found(std::ostream &out, const std::map<std::string, T> &want,
-                                      const std::map<std::string, T> &got) {
-    for (const auto &[name, found] : want) {
-        const auto other = got.find(name);
-        if (other == got.end() || other->second.size() != found.size())
-            out << name << ": of another size\n";
-        else if (other->second != found)
-            out << name << ": differs first at element "
-                << std::mismatch(found.begin(), found.end(), other->second.begin()).first - found.begin()
-                << "\n";
-    }
-    if (got.size() != want.size())
-        out << got.size() << " planes or images, not " << want.size() << "\n";
-}
-
 // The registers that are not as reset.
 std::string registers_text() {
     std::ostringstream out;
@@ -164,10 +77,8 @@ Equality compare_engine_with_model(const Plane &raw, Beside beside, int threads)
         from_model = run_beside(raw, beside, [&] { cfa_model(raw, want.rgb, want.dc, want.gain); });
     std::ostringstream out;
     compare_outputs(out, served ? want : untouched, got);
-    if (served) {
-        compare_found(out, from_model.planes, from_engine.planes);
-        compare_found(out, from_model.images, from_engine.images);
-    }
+    if (served)
+        compare_found(out, from_model, from_engine);
     if (!out.str().empty())
         out << (served ? "" : "refused, but written\n") << registers_text() << "\n";
     return {served, out.str()};

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "tests/support/beside.h"
 #include "tests/support/planes.h"
 #include "tools/cfatool/random/drawn_case.h"
 
@@ -24,9 +25,6 @@ Equality compare_engine_with_model(uint32_t seed, PictureSize size);
 
 /// The same at limits that random registers seldom meet.
 Equality compare_at_limits(uint32_t seed);
-
-/// What is compared beside the outputs: all planes, some of them, or the files of the debug folder.
-enum class Beside { nothing, planes, some_planes, images };
 
 /// The same on this mosaic with the registers as they stand.
 Equality compare_engine_with_model(const Plane &raw, Beside beside = Beside::nothing, int threads = 1);

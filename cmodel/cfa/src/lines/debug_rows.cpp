@@ -1,11 +1,6 @@
 #include "cmodel/cfa/src/lines/debug_rows.h"
 
 #include <algorithm>
-#include <set>
-#include <string>
-#include <tuple>
-
-#include <sys/stat.h>
 
 #include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/register_groups.h"
@@ -23,52 +18,6 @@ constexpr size_t BLOCK_BYTES = 32 * 1024;
 // Columns that are converted at a time.
 constexpr int TILE = 1024;
 using Tile = int16_t[2][TILE / 2];
-
-// The planes whose images a run writes, in the order of the model: that of the list, but that a stage shows
-// what it makes before what it makes it from, and its weights in the order of its arguments.
-std::vector<const PlaneInfo *> shown_planes() {
-    std::vector<const PlaneInfo *> shown;
-    for (const PlaneInfo &plane : planes())
-        if (has_image(plane))
-            shown.push_back(&plane);
-    for (const auto &[late, early] :
-         {std::pair{"SigH", "AHDiff"}, {"SigV", "AHDiff"}, {"pd_wt", "cdist_wt"}}) {
-        const auto first = std::find(shown.begin(), shown.end(), find_plane(early));
-        const auto moved = std::find(shown.begin(), shown.end(), find_plane(late));
-        if (moved != shown.end())
-            std::rotate(first, moved, moved + 1);
-    }
-    return shown;
-}
-
-// What tells files apart: device and number; for one that is yet to be made those of its folder and its name.
-using Place = std::tuple<dev_t, ino_t, std::string>;
-
-Place place_in_folder(const std::string &path) {
-    const size_t name = path.rfind('/') + 1; // 0 without a folder
-    struct stat folder;
-    if (stat(name == 0 ? "." : path.substr(0, name).c_str(), &folder) != 0)
-        return {0, 0, path};
-    return {folder.st_dev, folder.st_ino, path.substr(name)};
-}
-
-// Null for a file that cannot clash: a device or a FIFO.
-std::optional<Place> place_of(const std::string &path) {
-    struct stat status;
-    if (stat(path.c_str(), &status) != 0)
-        return place_in_folder(path);
-    if (S_ISCHR(status.st_mode) || S_ISFIFO(status.st_mode))
-        return std::nullopt;
-    return Place(status.st_dev, status.st_ino, "");
-}
-
-// A link to nothing may lead to another image; the reader of a FIFO may take one image after another.
-bool may_wait_for_another(const std::string &path) {
-    struct stat own, target;
-    if (lstat(path.c_str(), &own) != 0)
-        return false;
-    return stat(path.c_str(), &target) != 0 || S_ISFIFO(target.st_mode);
-}
 
 template <class Word> void join_tile(SplitRow<int16_t> row, int width, uint8_t *bytes, int first) {
     join_words(row, width, reinterpret_cast<Word *>(bytes) + first);
@@ -151,20 +100,6 @@ template <class T> void write_deep(const SplitRow<T> &row, int width, uint8_t *b
 }
 
 } // namespace
-
-bool debug_rows_fit(const char *rgb_path) {
-    std::set<Place> places;
-    const auto apart = [&](const std::string &path) {
-        const std::optional<Place> place = place_of(path);
-        return !place || places.insert(*place).second;
-    };
-    for (const PlaneInfo *plane : shown_planes()) {
-        const std::string path = debug_path_of(plane->image.file);
-        if (may_wait_for_another(path) || !apart(path))
-            return false;
-    }
-    return rgb_path == nullptr || apart(rgb_path);
-}
 
 DebugRows::DebugRows(int width, int height)
     : width_(width), pattern_(pattern_id()), zeros_(static_cast<size_t>(width) / 2 + 1),

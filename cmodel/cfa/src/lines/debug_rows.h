@@ -10,6 +10,10 @@
 
 namespace cfa {
 
+/// The planes whose images the run in force writes, in the order of the model: that of the list, but that a
+/// stage shows what it makes before what it makes it from, and its weights in the order of its arguments.
+std::vector<const PlaneInfo *> shown_planes();
+
 /// Whether all images of the run in force can be open at once, and an output at `rgb_path` with them: none
 /// stands in the place of another, none is a FIFO. rgb_path may be null.
 bool debug_rows_fit(const char *rgb_path = nullptr);
