@@ -64,7 +64,11 @@ class Check {
     }
 
   private:
-    void add(int line, const std::string &message) { result_.findings.push_back({line, message}); }
+    void add(int line, const std::string &message) {
+        Finding &added = result_.findings.emplace_back();
+        added.line = line;
+        added.message = message;
+    }
     void add(const std::string &message) { add(number_, message); }
 
     void check_form(const IniLine &line) {

@@ -10,7 +10,7 @@
 namespace cfatool {
 
 struct Finding {
-    int line; // from 1
+    int line = 0; // from 1
     std::string message;
 };
 
