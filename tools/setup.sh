@@ -19,6 +19,7 @@ missing_packages() {
     has_header fmt/core.h || missing="$missing libfmt-dev"
     has_header nlohmann/json_fwd.hpp || missing="$missing nlohmann-json3-dev"
     has_header openssl/evp.h || missing="$missing libssl-dev"
+    has_header xxhash.h || missing="$missing libxxhash-dev"
     has_header png.h || missing="$missing libpng-dev"
     has_header httplib.h || missing="$missing libcpp-httplib-dev"
     echo "$missing"

@@ -1,6 +1,6 @@
 # Completion of cfatool for bash.
 
-# Options of a subcommand; those of regs are named by both words.
+# Options of a subcommand; those of regs and regress are named by both words.
 _cfatool_options() {
     case $1 in
     chart) echo --list --size --bayer --bits --seed --noise --period --angle --rgb -o ;;
@@ -11,6 +11,9 @@ _cfatool_options() {
     probe) echo --window --json ;;
     hex) echo --crop -o --back --bits --colour ;;
     crop) echo --around -o ;;
+    "regress plan") echo --pictures --registers --set --bayer --random --seed -o ;;
+    "regress run") echo -o --against --sums --expect --record --tool --jobs --shard --limit --keep --minimise ;;
+    "regress merge") echo --junit --page --record ;;
     "regs defaults") echo -o ;;
     "regs check") echo --unset --json ;;
     "regs diff") echo --json ;;
@@ -26,7 +29,8 @@ _cfatool_options() {
 # Words that stand at this place besides files; the program knows its charts and registers.
 _cfatool_words() {
     case $1 in
-    "") echo chart mosaic preview run compare crop probe hex regs report view conformance --version --help ;;
+    "") echo chart mosaic preview run compare crop probe hex regress regs report view conformance --version --help ;;
+    regress) echo plan run merge --help ;;
     regs) echo defaults check diff set dump doc --help ;;
     chart) "$2" chart --list 2>/dev/null | cut -d' ' -f1 ;;
     "regs defaults") echo cfa cmodel_top ;;
@@ -38,11 +42,11 @@ _cfatool() {
     local word=${COMP_WORDS[COMP_CWORD]} command=
     if ((COMP_CWORD > 1)); then
         command=${COMP_WORDS[1]}
-        if [[ $command == regs ]] && ((COMP_CWORD > 2)); then
-            command="regs ${COMP_WORDS[2]}"
+        if [[ $command == reg* ]] && ((COMP_CWORD > 2)); then
+            command+=" ${COMP_WORDS[2]}"
         fi
     fi
-    if [[ $word == -* && -n $command && $command != regs ]]; then
+    if [[ $word == -* && -n $command && $command != regs && $command != regress ]]; then
         COMPREPLY=($(compgen -W "$(_cfatool_options "$command") --help" -- "$word"))
         return
     fi

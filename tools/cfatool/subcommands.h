@@ -14,6 +14,7 @@ void preview_command(Command &command);
 void compare_command(Command &command);
 void probe_command(Command &command);
 void hex_command(Command &command);
+void regress_command(Command &command);
 void regs_command(Command &command);
 void report_command(Command &command);
 void view_command(Command &command);
@@ -28,6 +29,7 @@ inline constexpr Subcommand SUBCOMMANDS[] = {
     {"crop", "Cut the smallest window out of a run that still shows a difference", crop_command},
     {"probe", "Show one pixel in every image of a run, in pipeline order", probe_command},
     {"hex", "Print a picture as $readmemh text, one sample a line, or read it back", hex_command},
+    {"regress", "Plan, run and join regressions of any size", regress_command},
     {"regs", "Make, check, compare and change register files", regs_command},
     {"report", "Make a page of a run, or of two: every plane, what differs", report_command},
     {"view", "Show that page in a browser, at once for any size", view_command},

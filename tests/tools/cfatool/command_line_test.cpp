@@ -7,11 +7,13 @@ TEST_CASE_FIXTURE(Room, "help, manual page and completion know the same subcomma
     std::erase(bash, '"');    // as in "regs check"
     std::erase(manual, '\\'); // as in \-\-json
     std::set<std::string> names = matches_in(run("--help").out, "\n  ([a-z]+) ");
-    CHECK(names.erase("regs") == 1);
-    for (const std::string &name : matches_in(run("regs --help").out, "\n  ([a-z]+) "))
-        names.insert("regs " + name);
-    CHECK(names == matches_in(manual, "\n\\.SS ((?:regs )?[a-z]+)"));
-    CHECK(names == matches_in(bash, "\n    ((?:regs )?[a-z]+)\\) echo -"));
+    for (const std::string group : {"regs", "regress"}) {
+        CHECK(names.erase(group) == 1);
+        for (const std::string &name : matches_in(run(group + " --help").out, "\n  ([a-z]+) "))
+            names.insert(group + " " + name);
+    }
+    CHECK(names == matches_in(manual, "\n\\.SS ((?:reg[a-z]+ )?[a-z]+)"));
+    CHECK(names == matches_in(bash, "\n    ((?:reg[a-z]+ )?[a-z]+)\\) echo -"));
     for (const std::string &name : names) {
         const size_t section = manual.find("\n.SS " + name), line = bash.find("\n    " + name + ") echo -");
         const auto options = matches_in(run(name + " --help").out, "\n  (-o|--[a-gi-z][a-z-]+)");
@@ -19,7 +21,7 @@ TEST_CASE_FIXTURE(Room, "help, manual page and completion know the same subcomma
         CHECK_MESSAGE(options == matches_in(bash.substr(line, bash.find(";;", line) - line), "\\s(-o|--[a-gi-z][a-z-]+)"), name);
     }
     for (const auto &[line, offered] : std::vector<std::pair<std::string, std::string>>{
-             {"''", "chart mosaic preview run compare crop probe hex regs report view conformance --version --help\n"}, {"hex -", "--crop -o --back --bits --colour --help\n"},
+             {"''", "chart mosaic preview run compare crop probe hex regress regs report view conformance --version --help\n"}, {"hex -", "--crop -o --back --bits --colour --help\n"},
              {"regs ''", "defaults check diff set dump doc --help\n"}, {"chart zo", "zone-plate\n"}, {"regs set x reg_cfa_vw", "reg_cfa_vw_thd=\n"}}) {
         put("c", "source '" + file + "'\nCOMP_WORDS=(\"$CFATOOL\" " + line + ")\nCOMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n_cfatool\necho ${COMPREPLY[@]}\n");
         CHECK(run_program({"/bin/bash", *this / "c"}).out == offered);

@@ -1,0 +1,200 @@
+#include "tools/cfatool/regress/case_runner.h"
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fmt/core.h>
+#include <new>
+#include <unistd.h>
+
+#include "tools/cfatool/base/trouble.h"
+#include "tools/cfatool/regress/failure.h"
+#include "tools/cfatool/regress/minimise.h"
+#include "tools/cfatool/regress/pool.h"
+
+namespace cfatool {
+
+namespace fs = std::filesystem;
+using Status = Result::Status;
+
+CaseRunner::CaseRunner(const RunOptions &options, const Plan &plan, const Shard &shard, Counts &counts)
+    : options_(options), plan_(plan), shard_(shard), counts_(counts) {
+    fs::create_directories(options.folder);
+    block_ = options.tool.empty() ? make_own_block() : make_program(options.tool, scratch_.path);
+    make_reference();
+    read_results(options.folder, [this](const Result &result) { remember(result); });
+}
+
+void CaseRunner::make_reference() {
+    const RunOptions &o = options_;
+    if (!o.record.empty() + !o.sums.empty() + !o.against.empty() + !o.expect.empty() > 1)
+        throw UsageTrouble("only one of --record, --sums, --against and --expect");
+    if (!o.sums.empty())
+        reference_ = make_recorded(read_recorded_sums(o.sums, [this](const std::string &name) {
+            const auto index = plan_.find(name);
+            return index && shard_.has(*index);
+        }));
+    else if (o.against == "model")
+        reference_ = make_whole_plane_model();
+    else if (!o.against.empty())
+        reference_ = make_program(o.against, scratch_.path);
+    else if (!o.expect.empty())
+        reference_ = make_folders(o.expect);
+}
+
+/// A result of before. An error is none that lasts.
+void CaseRunner::remember(const Result &result) {
+    const auto index = plan_.find(result.name);
+    if (!index || !shard_.has(*index) || result.status == Status::error)
+        return;
+    Known &known = known_[*index];
+    if (result.at >= known.at)
+        known = {result.key, result.at, result.status};
+}
+
+void CaseRunner::begin_worker() {
+    const std::string folder = fmt::format("{}/{}", scratch_.path, getpid());
+    fs::create_directory(folder);
+    if (!options_.tool.empty())
+        block_ = make_program(options_.tool, folder);
+    if (!options_.against.empty() && options_.against != "model") {
+        fs::create_directory(folder + "/against");
+        reference_ = make_program(options_.against, folder + "/against");
+    }
+    results_ = std::make_unique<ResultFile>(options_.folder);
+}
+
+void CaseRunner::run_case(const Case &c) {
+    const auto start = std::chrono::steady_clock::now();
+    Result result;
+    result.name = c.name;
+    std::optional<Inputs> inputs;
+    try {
+        inputs = loader_.load(c);
+        result.key = key_of(*inputs);
+        if (is_known(c, result.key))
+            return;
+        judge_case(*inputs, result);
+    } catch (const std::bad_alloc &) {
+        result.status = Status::error;
+        result.text = "not enough memory";
+    } catch (const std::exception &error) {
+        result.status = Status::error;
+        result.text = error.what();
+    }
+    if (result.status == Status::error && inputs && may_keep(counts_.kept_error))
+        keep_inputs(*inputs, result);
+    result.ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+    finish(result);
+}
+
+void CaseRunner::finish(Result &result) {
+    result.at = milliseconds_now();
+    results_->add(result);
+    counts_.add(result.status);
+}
+
+void CaseRunner::lose_case(const Case &c, const std::string &reason) {
+    Result result;
+    result.name = c.name;
+    result.status = Status::error;
+    result.text = reason;
+    if (!results_)
+        results_ = std::make_unique<ResultFile>(options_.folder);
+    try {
+        if (may_keep(counts_.kept_error))
+            keep_inputs(loader_.load(c), result);
+    } catch (const std::exception &) { // without
+    }
+    finish(result);
+}
+
+Sum CaseRunner::key_of(const Inputs &inputs) const {
+    Summer summer;
+    summer.add(inputs.sum);
+    summer.add(block_->identity(inputs.from));
+    if (reference_)
+        summer.add(reference_->identity(inputs.from));
+    return summer.sum();
+}
+
+bool CaseRunner::is_known(const Case &c, const Sum &key) {
+    const auto found = known_.find(*plan_.find(c.name));
+    if (found == known_.end() || found->second.key != key)
+        return false;
+    ++counts_.known;
+    counts_.add(found->second.status);
+    return true;
+}
+
+void CaseRunner::judge_case(const Inputs &inputs, Result &result) {
+    const OutputSums got = block_->make(inputs);
+    if (!reference_) {
+        result.sums = got;
+        return;
+    }
+    const OutputSums want = reference_->make(inputs);
+    if (got == want)
+        return;
+    result.status = Status::fail;
+    result.sums = got;
+    result.stage = first_output(got, want);
+    result.kind = block_->make(inputs) == got ? "" : "not repeatable";
+    if (!may_keep(counts_.kept_fail))
+        return;
+    try {
+        keep_failure(inputs, want, result);
+    } catch (const Trouble &error) { // it fails all the same
+        result.text += std::string(" not kept: ") + error.what();
+    }
+}
+
+/// So many cases that fail, and as many errors.
+bool CaseRunner::may_keep(std::atomic<uint64_t> &kept) const {
+    return kept++ < static_cast<uint64_t>(options_.keep);
+}
+
+std::string CaseRunner::kept_folder(const std::string &name) const {
+    std::string flat = name;
+    std::replace(flat.begin(), flat.end(), '/', '~');
+    return "kept/" + flat;
+}
+
+void CaseRunner::keep_inputs(const Inputs &inputs, Result &result) {
+    result.kept = kept_folder(inputs.from.name);
+    const KeptCase kept(inputs, options_.folder + "/" + result.kept, *block_);
+}
+
+void CaseRunner::keep_failure(const Inputs &inputs, const OutputSums &want, Result &result) {
+    result.kept = kept_folder(inputs.from.name);
+    const std::string folder = options_.folder + "/" + result.kept;
+    restart_case_time();
+    const Failure failure = KeptCase(inputs, folder, *block_).look_into(inputs, *block_, *reference_, want);
+    if (!failure.stage.empty())
+        result.stage = failure.stage;
+    if (result.kind.empty())
+        result.kind = failure.kind;
+    result.text = failure.text;
+    if (options_.minimise && result.kind != "not repeatable")
+        keep_least(inputs, want, folder + "/least");
+}
+
+/// Sums and folders know the whole picture alone: the model stands in for them where it agrees with them.
+void CaseRunner::keep_least(const Inputs &inputs, const OutputSums &want, const std::string &folder) {
+    const std::unique_ptr<OutputMaker> model = make_whole_plane_model();
+    if (!reference_->takes_any_inputs() && model->make(inputs) != want)
+        return;
+    OutputMaker &reference = reference_->takes_any_inputs() ? *reference_ : *model;
+    const Inputs least = minimised(inputs, [&](const Inputs &smaller) {
+        restart_case_time();
+        try {
+            return block_->make(smaller) != reference.make(smaller);
+        } catch (const Trouble &) { // another way to fail
+            return false;
+        }
+    });
+    restart_case_time();
+    KeptCase(least, folder, *block_).look_into(least, *block_, reference, reference.make(least));
+}
+
+} // namespace cfatool

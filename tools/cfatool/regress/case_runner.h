@@ -1,0 +1,77 @@
+// One case: run, judged, written down.
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+#include "tools/cfatool/base/scratch_folder.h"
+#include "tools/cfatool/regress/makers.h"
+#include "tools/cfatool/regress/results.h"
+#include "tools/cfatool/regress/shard.h"
+
+namespace cfatool {
+
+struct RunOptions {
+    std::string plan, folder, shard, record, sums, against, expect, tool;
+    int jobs = 0;
+    int64_t limit_ms = 60'000;
+    int64_t keep = 20;
+    bool minimise = false;
+};
+
+/// What all processes of a run count together.
+struct Counts {
+    std::atomic<uint64_t> pass, fail, error, known, kept_fail, kept_error;
+    uint64_t done() const { return pass + fail + error; }
+    void add(Result::Status status) {
+        ++(status == Result::Status::pass ? pass : status == Result::Status::fail ? fail : error);
+    }
+};
+
+/// Everything that a run needs for its cases. Made once, then every worker process goes on with a copy.
+class CaseRunner {
+  public:
+    /// Reads the results of before. Throws Trouble.
+    CaseRunner(const RunOptions &options, const Plan &plan, const Shard &shard, Counts &counts);
+
+    /// In a worker, before its first case.
+    void begin_worker();
+    /// Throws Trouble when the result cannot be written.
+    void run_case(const Case &c);
+    /// The result of a case whose worker has died of it.
+    void lose_case(const Case &c, const std::string &reason);
+
+  private:
+    void make_reference();
+    void remember(const Result &result);
+    void finish(Result &result);
+    Sum key_of(const Inputs &inputs) const;
+    bool is_known(const Case &c, const Sum &key);
+    void judge_case(const Inputs &inputs, Result &result);
+    bool may_keep(std::atomic<uint64_t> &kept) const;
+    std::string kept_folder(const std::string &name) const;
+    void keep_inputs(const Inputs &inputs, Result &result);
+    void keep_failure(const Inputs &inputs, const OutputSums &want, Result &result);
+    void keep_least(const Inputs &inputs, const OutputSums &want, const std::string &folder);
+
+    struct Known {
+        Sum key;
+        int64_t at = 0;
+        Result::Status status = Result::Status::pass;
+    };
+
+    const RunOptions &options_;
+    const Plan &plan_;
+    const Shard shard_;
+    Counts &counts_;
+    const ScratchFolder scratch_;
+    std::unique_ptr<OutputMaker> block_, reference_; // null: nothing to hold the block against
+    std::unordered_map<size_t, Known> known_;
+    InputLoader loader_;
+    std::unique_ptr<ResultFile> results_;
+};
+
+} // namespace cfatool
