@@ -79,7 +79,7 @@ class Rows {
 
   private:
     std::string link(const std::string &path, const std::string &text) const {
-        return "<a href=\"" + link_text((link_ / path).string()) + "\">" + text + "</a>";
+        return "<a href=\"" + link_text((link_ / path).lexically_normal().string()) + "\">" + text + "</a>";
     }
 
     std::string results_;
