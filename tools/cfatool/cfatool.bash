@@ -22,7 +22,7 @@ _cfatool_options() {
     "regs doc") echo -o ;;
     report) echo -o ;;
     view) echo --port --open ;;
-    conformance) echo --tool --sums --record --list --inputs ;;
+    conformance) echo --tool --sums --record --list --inputs --export ;;
     esac
 }
 

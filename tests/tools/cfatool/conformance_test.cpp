@@ -34,3 +34,21 @@ TEST_CASE_FIXTURE(
     put("sums", std::string(64, '0') + "  v0/wide/out.ppm\n");
     CHECK(run("conformance --tool bad --sums sums").status == 2);
 }
+
+TEST_CASE_FIXTURE(Room, "the set for another bench: its plan holds a folder of results, every file is there") {
+    CHECK(run("conformance --export e").status == 0);
+    const auto last = [&] {
+        const std::string out = run("regress run e/plan.tsv -o r --expect rtl").out;
+        return out.substr(0, out.find(';'));
+    };
+    std::filesystem::rename(*this / "e/cases/smallest/out.ppm", *this / "out.ppm"); // from the text alone
+    CHECK(run("hex --back 4x3 --colour e/cases/smallest/out.hex -o e/cases/smallest/out.ppm").status == 0);
+    std::filesystem::copy(*this / "e/cases", *this / "rtl", std::filesystem::copy_options::recursive);
+    CHECK(last() == "32 cases: 32 pass, 0 fail, 0 error, 0 not run");
+    CHECK(get("out.ppm") == get("e/cases/smallest/out.ppm"));
+    CHECK(get("e/cases/smallest/planes/out_rgb.npy").size() == 128 + 4 * 3 * 3 * 4);
+    std::string changed = get("rtl/smallest/out_dc.ppm");
+    changed.back() ^= 1;
+    put("rtl/smallest/out_dc.ppm", changed);
+    CHECK(last() == "32 cases: 31 pass, 1 fail, 0 error, 0 not run");
+}

@@ -23,7 +23,7 @@ namespace {
 constexpr unsigned SECONDS_PER_RUN = 30; // the tool waits for ever for what it cannot open
 
 struct ConformanceOptions {
-    std::string tool, sums, record, inputs;
+    std::string tool, sums, record, inputs, bench;
     bool list = false;
 };
 
@@ -172,7 +172,9 @@ int run(const ConformanceOptions &options) {
         list_cases();
     if (!options.inputs.empty())
         write_inputs(options.inputs);
-    if (options.list || !options.inputs.empty())
+    if (!options.bench.empty())
+        export_conformance_set(options.bench);
+    if (options.list || !options.inputs.empty() || !options.bench.empty())
         return STATUS_GOOD;
     const auto start = std::chrono::steady_clock::now();
     const std::string tool = absolute(options.tool.empty() ? program_folder() + "/cfa_cmodel" : options.tool);
@@ -214,6 +216,8 @@ void conformance_command(Command &command) {
     command.flag("--list", options->list, "Say what each case is made of and there for, and run nothing");
     command.text("--inputs", options->inputs, "FOLDER",
                  "Write the inputs of every case into FOLDER/CASE, and run nothing");
+    command.text("--export", options->bench, "FOLDER",
+                 "Write the whole set for another bench: inputs, outputs, planes, $readmemh text, a plan");
     command.footer("Example: cfatool conformance --tool ./cfa_cmodel\n"
                    "Every case runs with and without debug images. Needs neither network nor other files.\n"
                    "Exit status: 0 all bytes as recorded, 1 some are not, 2 trouble.");

@@ -38,4 +38,9 @@ const std::vector<ConformanceCase> &conformance_cases();
 /// Writes raw.ppm, cfa.ini and cmodel_top.ini of a case into a folder. Throws Trouble.
 void write_conformance_case(const ConformanceCase &c, const std::string &folder);
 
+/// Writes the whole set for another bench: cases/CASE with inputs, outputs and exact planes, pictures as
+/// $readmemh text too, and plan.tsv, which holds a folder of results against them. Throws Trouble for a
+/// folder that has cases.
+void export_conformance_set(const std::string &folder);
+
 } // namespace cfatool

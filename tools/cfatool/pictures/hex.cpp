@@ -1,5 +1,4 @@
 // cfatool hex: a picture as $readmemh text, and back.
-#include <bit>
 #include <fmt/core.h>
 #include <iostream>
 #include <memory>
@@ -23,10 +22,6 @@ struct HexOptions {
     bool colour = false;
 };
 
-int digits_of(uint32_t sample) {
-    return (static_cast<int>(std::bit_width(sample)) + 3) / 4;
-}
-
 void make_picture(const HexOptions &options) {
     if (options.output.empty())
         throw UsageTrouble("--back needs -o");
@@ -45,33 +40,18 @@ void run(const HexOptions &options) {
     if (!options.back.empty())
         return make_picture(options);
     PictureReader reader(options.file);
-    const PictureInfo &info = reader.info();
     const Crop crop = crop_in(options.crop, reader);
-    const int digits = digits_of(info.max);
     std::optional<OutputFile> file;
     if (!options.output.empty())
         file.emplace(options.output);
-
-    uint64_t wide = 0; // samples that need more digits
-    std::vector<uint32_t> row;
-    for (int y = 0; y < info.height; ++y) {
-        reader.read_row(row);
-        if (y < crop.y || y >= crop.y + crop.height)
-            continue;
-        std::string text;
-        const size_t begin = static_cast<size_t>(crop.x) * info.channels;
-        for (size_t i = begin; i < begin + static_cast<size_t>(crop.width) * info.channels; ++i) {
-            text += fmt::format("{:0{}x}\n", row[i], digits);
-            wide += digits_of(row[i]) > digits;
-        }
+    const uint64_t wide = put_memory_text(reader, crop, [&](const std::string &text) {
         file ? file->write(text) : static_cast<void>(std::cout << text);
-    }
-    reader.finish();
+    });
     if (file)
         file->commit();
     if (wide > 0)
         std::cerr << fmt::format("{}: {} samples above the maximum value {} take more than {} digits\n",
-                                 options.file, wide, info.max, digits);
+                                 options.file, wide, reader.info().max, hex_digits(reader.info().max));
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "tools/cfatool/pictures/memory_text.h"
 
 #include <algorithm>
+#include <bit>
 #include <fmt/core.h>
 
 #include "tools/cfatool/base/text.h"
@@ -91,6 +92,32 @@ class Reader {
 };
 
 } // namespace
+
+int hex_digits(uint32_t sample) {
+    return (static_cast<int>(std::bit_width(sample)) + 3) / 4;
+}
+
+uint64_t put_memory_text(PictureReader &reader, const Crop &crop,
+                         const std::function<void(const std::string &)> &put) {
+    const PictureInfo &info = reader.info();
+    const int digits = hex_digits(info.max);
+    uint64_t wide = 0;
+    std::vector<uint32_t> row;
+    for (int y = 0; y < info.height; ++y) {
+        reader.read_row(row);
+        if (y < crop.y || y >= crop.y + crop.height)
+            continue;
+        std::string text;
+        const size_t begin = static_cast<size_t>(crop.x) * info.channels;
+        for (size_t i = begin; i < begin + static_cast<size_t>(crop.width) * info.channels; ++i) {
+            text += fmt::format("{:0{}x}\n", row[i], digits);
+            wide += hex_digits(row[i]) > digits;
+        }
+        put(text);
+    }
+    reader.finish();
+    return wide;
+}
 
 std::vector<uint32_t> read_memory_text(const std::string &path, const std::string &text, size_t count,
                                        uint32_t most) {
