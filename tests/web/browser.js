@@ -96,7 +96,8 @@ export class Look {
   async link() {
     let hash;
     for (let rested = 0; rested < 4; await new Promise((resolve) => setTimeout(resolve, 100))) {
-      const now = await this.page.evaluate(() => location.hash);
+      const frame = () => new Promise((resolve) => requestAnimationFrame(() => resolve(location.hash)));
+      const now = await this.page.evaluate(frame);
       rested = now && now === hash ? rested + 1 : 0;
       hash = now;
     }

@@ -55,6 +55,7 @@ for (const door of ['small', 'large', 'served'])
       const { width, height } = a['raw.ppm'];
       for (const [x, y] of [
         [0, 0],
+        [1, 0], // behind a number of 32 bits
         [width - 1, height - 1],
         [255, 256],
       ]) {
@@ -80,9 +81,9 @@ for (const door of ['small', 'large', 'served'])
       for (const zoom of ['one', 'zoom-in', 'zoom-in', 'zoom-in', 'zoom-in', 'zoom-in']) {
         await look.page.click(`[data-do=${zoom}]`);
         await look.goTo(290, 190);
-        const place = await look.placeOf(301, 203);
         const grey = Math.round((255 * samplesAt(a['raw.ppm'], 301, 203)[0]) / 4095);
-        await eventually(() => look.colourAt(...place), [grey, grey, grey], zoom);
+        const drawn = async () => look.colourAt(...(await look.placeOf(301, 203)));
+        await eventually(drawn, [grey, grey, grey], zoom);
       }
       await look.close();
     });
