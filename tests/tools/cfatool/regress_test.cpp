@@ -108,6 +108,7 @@ TEST_CASE_FIXTURE(Bench, "a case that fails, crashes or takes too long touches n
     CHECK(get("r/kept/c5/got/out.ppm") != get("r/kept/c5/want/out.ppm"));
     CHECK(get("r/kept/c5/least/cfa.ini") == "[cfa]\nreg_cfa_vw_thd = 5\n"); // without the other register
     CHECK(contains(get("r/kept/c5/least/raw.ppm"), "\n4 4\n")); // the least whose byte 50 is a sample
+    CHECK(contains(get("r/page.html"), "\"kept/c5/page/index.html\""));
     for (const std::string &link : matches_in(get("r/page.html"), "href=\"([^\"]*)\""))
         CHECK_MESSAGE(fs::exists(*this / ("r/" + link)), link);
     CHECK(last(words + " --keep 0") == "20 cases: 14 pass, 1 fail, 5 error, 0 not run; 15 known from before"); // errors run again
@@ -126,6 +127,8 @@ TEST_CASE_FIXTURE(Bench, "parts of a plan, of a Slurm array too, are each case o
     CHECK(last(run, element(6, 3)) == "1 cases: 1 pass, 0 fail, 0 error, 0 not run; 0 known from before");
     check({{"regress merge plan.tsv r", 0, "5 cases: 5 pass, 0 fail, 0 error, 0 not run\n"}, {"regress " + run + "--shard 4/3", 2, "there is no part 4/3"},
            {"regress run plan.tsv -o r --sums a --expect b", 2, "only one of"}, {"regress run plan.tsv -o r --record s --shard 1/2", 2, "merge --record"}});
+    const std::string once = "'[ -e ran ] || { touch ran; exec " + tool_path() + " {ini} {log} 5 0 . {top} {raw} {rgb} {dc} {gain}; }'"; // nothing is left of the case before
+    CHECK(last("run plan.tsv -o o --jobs 1 --against model --tool " + once) == "5 cases: 1 pass, 0 fail, 4 error, 0 not run; 0 known from before");
     for (const char *id : {"a", "b", "c", "d", "e"}) // folders of outputs; another comment is no difference
         for (const char *file : {"out.ppm", "out_dc.ppm", "out_sg.ppm"})
             put("want/" + std::string(id) + "/" + file, picture(file == std::string("out.ppm") ? "P6\n# by hand\n6 4\n4095" : "P5\n6 4\n4095", Samples(file == std::string("out.ppm") ? 72 : 24, file == std::string("out_sg.ppm") ? 1024 : 700)));

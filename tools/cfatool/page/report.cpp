@@ -11,6 +11,7 @@
 
 #include "tools/cfatool/base/progress.h"
 #include "tools/cfatool/page/page_runs.h"
+#include "tools/cfatool/page/report.h"
 #include "tools/cfatool/page/tile_code.h"
 #include "tools/cfatool/subcommands.h"
 
@@ -167,28 +168,32 @@ std::string tile_folder(const std::string &output) {
 }
 
 void run(const ReportOptions &options) {
-    const PageRuns runs(options.run, options.other);
+    std::cout << write_report(options.run, options.other, options.output) << "\n";
+}
+
+} // namespace
+
+std::string write_report(const std::string &run, const std::string &other, const std::string &output) {
+    const PageRuns runs(run, other);
     uint64_t samples = 0;
     for (const PagePlane &plane : runs.planes())
         samples += plane.samples();
-    const bool one_file = samples <= MOST_SAMPLES, named = options.output.ends_with(".html");
+    const bool one_file = samples <= MOST_SAMPLES, named = output.ends_with(".html");
     if (named && !one_file)
-        throw file_trouble(options.output, "too many samples for one file: name a folder");
+        throw file_trouble(output, "too many samples for one file: name a folder");
     if (!named)
-        make_folder(options.output);
-    const std::string page = named ? options.output : options.output + "/index.html";
+        make_folder(output);
+    const std::string page = named ? output : output + "/index.html";
     const Json verdict = runs.two() ? runs.verdict() : Json();
-    Report report(runs, verdict, one_file ? "" : tile_folder(options.output));
+    Report report(runs, verdict, one_file ? "" : tile_folder(output));
     report.run();
     Json manifest = runs.manifest(one_file ? "page" : "scripts");
     manifest["verdict"] = verdict;
     manifest["summaries"] = report.summaries();
     write_whole_file(page, page_text(manifest, one_file ? json_text(Json(report.texts())) : ""));
-    std::cout << fmt::format("{}: {} planes and images{}\n", page, runs.planes().size(),
-                             runs.two() ? "; " + verdict["headline"].get<std::string>() : "");
+    return fmt::format("{}: {} planes and images{}", page, runs.planes().size(),
+                       runs.two() ? "; " + verdict["headline"].get<std::string>() : "");
 }
-
-} // namespace
 
 void report_command(Command &command) {
     const auto options = std::make_shared<ReportOptions>();

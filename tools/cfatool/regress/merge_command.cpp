@@ -3,7 +3,9 @@
 #include <iostream>
 #include <memory>
 
+#include "tools/cfatool/base/files.h"
 #include "tools/cfatool/command_line.h"
+#include "tools/cfatool/page/report.h"
 #include "tools/cfatool/regress/commands.h"
 #include "tools/cfatool/regress/merged.h"
 #include "tools/cfatool/regress/regress_page.h"
@@ -45,6 +47,15 @@ void print_summary(const Merged &merged) {
     std::cout << counts_text(merged.counts()) << "\n";
 }
 
+/// A page of the two sides of every failure that was kept.
+void write_differences(const Merged &merged, const std::string &folder) {
+    for (const auto &[index, result] : merged.bad()) {
+        const std::string kept = folder + "/" + result.kept;
+        if (!result.kept.empty() && is_folder(kept + "/want") && !is_folder(kept + "/page"))
+            write_report(kept + "/want", kept + "/got", kept + "/page");
+    }
+}
+
 int merge(const MergeOptions &options) {
     const Plan plan(options.plan);
     const Merged merged(plan, options.folder);
@@ -52,8 +63,10 @@ int merge(const MergeOptions &options) {
         record_sums(plan, options.folder, options.record);
     if (!options.junit.empty())
         write_junit(plan, merged, options.junit);
-    if (!options.page.empty())
+    if (!options.page.empty()) {
+        write_differences(merged, options.folder);
         write_page(plan, merged, options.folder, options.page);
+    }
     print_summary(merged);
     return merged.counts().all_pass() ? STATUS_GOOD : STATUS_FOUND;
 }
