@@ -32,8 +32,8 @@ LineEngine::LineEngine(int width, int height, const EngineSettings &settings, Ro
     }
 }
 
-// The stages of some lags that the settings ask for, and behind each the taps of the planes that are wanted.
-std::vector<LineEngine::Step> LineEngine::steps(int first_lag, int last_lag) const {
+// The stages of a part that the settings ask for, and behind each the taps of the planes that are wanted.
+std::vector<LineEngine::Step> LineEngine::steps(Part part) const {
     // Lag: how many rows a stage runs behind the input. Stages of one lag run in this order.
     // clang-format off
     static constexpr Stage SCHEDULE[] = {
@@ -63,8 +63,10 @@ std::vector<LineEngine::Step> LineEngine::steps(int first_lag, int last_lag) con
     };
     // clang-format on
     std::vector<Step> steps;
+    bool cut = false; // on two threads the two parts take about as long
     for (const Stage &stage : SCHEDULE) {
-        if (stage.lag < first_lag || stage.lag > last_lag)
+        cut |= stage.compute == &E::cast_votes;
+        if (part != (cut ? Part::back : Part::front) && part != Part::all)
             continue;
         if (stage.only_if == nullptr || settings_.*stage.only_if)
             steps.push_back({stage.lag, stage.compute, nullptr, nullptr});
@@ -82,12 +84,12 @@ void LineEngine::run() {
         log_sharpening_strength(settings_.sharpen.gain);
     const int last = height_ + LAST_LAG;
     if (threads_ == 1) {
-        const std::vector<Step> all = steps(0, LAST_LAG);
+        const std::vector<Step> all = steps(Part::all);
         for (int t = 0; t < last; ++t)
             run(all, t);
         return;
     }
-    const std::vector<Step> front = steps(0, LAST_LAG - 1), back = steps(LAST_LAG, LAST_LAG);
+    const std::vector<Step> front = steps(Part::front), back = steps(Part::back);
     run_side_by_side(
         last, [&](int t) { run(front, t); }, [&](int t) { run(back, t); });
 }

@@ -49,7 +49,8 @@ class LineEngine {
         TappedRow (*row)(LineEngine &engine, int y);
         const PlaneInfo *plane;
     };
-    std::vector<Step> steps(int first_lag, int last_lag) const;
+    enum class Part { all, front, back };
+    std::vector<Step> steps(Part part) const;
     void run(const std::vector<Step> &steps, int t);
     void take(const Step &step, int y);
 
@@ -100,8 +101,8 @@ class LineEngine {
     int color_parity(int y) const { return settings_.first_color_parity ^ (y & 1); }
     int own_color(int y) const { return settings_.first_color ^ (y & 1); }
     Lines lines(int rows) const { return Lines(width_, height_, rows); }
-    // Written by the stages before the last lag, read by those of the last: on a thread of its own the first
-    // are ahead.
+    // Written by the front part of the schedule, read by the back one: on a thread of its own the front is
+    // ahead.
     Lines ahead(int rows) const { return lines(rows + (threads_ > 1 ? FRONT_LEAD : 0)); }
     static FiveSamples along_row(const Lines &plane, int y, int parity);
     static FiveSamples along_column(const Lines &plane, int y, int parity);
@@ -137,7 +138,7 @@ class LineEngine {
     // At red/blue sites: spread of three such distances along the row, down the column.
     Lines outer_h_ = ahead(5), outer_v_ = lines(1);
     LineBuffer<int32_t> sig_h_{width_, height_, 1}, sig_v_{width_, height_, 1};
-    Lines luma_ = lines(1), vote_below_ = ahead(3), vote_right_ = lines(1), direction_ = lines(2);
+    Lines luma_ = lines(1), vote_below_ = lines(3), vote_right_ = lines(1), direction_ = lines(2);
     Lines forced_ = lines(1); // every row's direction, where one is forced
     Lines by_left_[3] = {lines(1), lines(1), lines(1)};
     Lines pair_before_ = lines(1);
@@ -152,7 +153,7 @@ class LineEngine {
     LineBuffer<int32_t> gradient_{width_, height_, 1};
     Lines color_distance_ = ahead(3), column_sum_ = lines(1), spread_ = lines(1), edge_ = ahead(3);
     Lines first_v_ = lines(1), phase_ = ahead(2), widest_ = lines(1), mix_ = lines(1), pull_ = lines(1);
-    Lines mosaic_luma_ = ahead(3), detail_ = lines(1), rgb_luma_ = lines(1), gain_ = lines(1);
+    Lines mosaic_luma_ = lines(3), detail_ = lines(1), rgb_luma_ = lines(1), gain_ = lines(1);
     Lines rgb_[3] = {lines(1), lines(1), lines(1)}, smoothed_[3] = {lines(1), lines(1), lines(1)};
     Lines dc_ = lines(1);
     // What only taps show.
