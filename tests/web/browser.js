@@ -96,7 +96,11 @@ export class Look {
   async link() {
     let hash;
     for (let rested = 0; rested < 4; await new Promise((resolve) => setTimeout(resolve, 100))) {
-      const frame = () => new Promise((resolve) => requestAnimationFrame(() => resolve(location.hash)));
+      const frame = () =>
+        new Promise((resolve) => {
+          requestAnimationFrame(() => resolve(location.hash));
+          setTimeout(() => resolve(location.hash), 200); // a page behind another draws nothing
+        });
       const now = await this.page.evaluate(frame);
       rested = now && now === hash ? rested + 1 : 0;
       hash = now;

@@ -23,7 +23,8 @@ struct Pictures : Room {
         if (!contains(words, "preview"))
             return get("o");
         cfatool::RgbPicture png = cfatool::read_png(*this / "o", cfatool::PngColours::any);
-        const bool grey = !contains(words, "false") && !contains(name, "dbg_") && (content[1] == '5' || contains(words, "made.png"));
+        const bool grey = !contains(words, "false") && !contains(name, "dbg_") &&
+                          (content[1] == '5' || contains(words, "made.png"));
         CHECK(get("o")[25] == (grey ? 0 : 2)); // the colour type: grey or RGB
         for (size_t i = 0; png.channels == 1 && i < png.samples.size(); i += 3)
             png.samples.insert(png.samples.begin() + static_cast<std::ptrdiff_t>(i), 2, png.samples[i]);

@@ -18,6 +18,7 @@ PyramidLevel reduced(const std::vector<int32_t> &least, const std::vector<int32_
                  cells = static_cast<size_t>(level.width) * channels;
     level.least.assign(cells * level.height, INT32_MAX);
     level.most.assign(cells * level.height, INT32_MIN);
+    const auto at = [=](int x, int c) { return static_cast<size_t>(x) * channels + static_cast<size_t>(c); };
     std::vector<int32_t> low(row), high(row);
     for (int y = 0; y < level.height; ++y) {
         std::fill(low.begin(), low.end(), INT32_MAX);
@@ -33,11 +34,11 @@ PyramidLevel reduced(const std::vector<int32_t> &least, const std::vector<int32_
             for (int cell = 0, x = 0; cell < level.width; ++cell) {
                 int32_t l = INT32_MAX, m = INT32_MIN;
                 for (const int end = std::min(x + factor, width); x < end; ++x) {
-                    l = std::min(l, low[static_cast<size_t>(x * channels + c)]);
-                    m = std::max(m, high[static_cast<size_t>(x * channels + c)]);
+                    l = std::min(l, low[at(x, c)]);
+                    m = std::max(m, high[at(x, c)]);
                 }
-                level.least[cells * y + static_cast<size_t>(cell * channels + c)] = l;
-                level.most[cells * y + static_cast<size_t>(cell * channels + c)] = m;
+                level.least[cells * y + at(cell, c)] = l;
+                level.most[cells * y + at(cell, c)] = m;
             }
     }
     return level;
@@ -81,15 +82,14 @@ size_t Pyramid::bytes() const {
 Pyramid make_pyramid(const PlaneSamples &plane) {
     Pyramid pyramid;
     pyramid.channels = plane.channels;
-    PyramidLevel level = reduced(plane.samples, plane.samples, plane.width, plane.height, plane.channels, 4);
-    pyramid.summary = summary_of(plane, level);
-    bool fits = plane.width <= TILE && plane.height <= TILE;
-    while (!fits) {
-        fits = level.width <= TILE && level.height <= TILE;
-        pyramid.levels.push_back(std::move(level));
+    PyramidLevel next = reduced(plane.samples, plane.samples, plane.width, plane.height, plane.channels, 4);
+    pyramid.summary = summary_of(plane, next);
+    if (plane.width <= TILE && plane.height <= TILE)
+        return pyramid;
+    pyramid.levels.push_back(std::move(next));
+    while (pyramid.levels.back().width > TILE || pyramid.levels.back().height > TILE) {
         const PyramidLevel &last = pyramid.levels.back();
-        if (!fits)
-            level = reduced(last.least, last.most, last.width, last.height, plane.channels, 2);
+        pyramid.levels.push_back(reduced(last.least, last.most, last.width, last.height, plane.channels, 2));
     }
     return pyramid;
 }

@@ -158,7 +158,7 @@ void make_folder(const std::string &folder) {
 
 /// An empty folder for tiles: those of an earlier page go.
 std::string tile_folder(const std::string &output) {
-    const std::string folder = output + "/tiles";
+    std::string folder = output + "/tiles";
     make_folder(folder);
     const std::regex tile("[0-9]+-[abd]-[0-9]+-[0-9]+-[0-9]+\\.js");
     for (const auto &entry : fs::directory_iterator(folder))

@@ -54,7 +54,7 @@ class View {
              {"X-Content-Type-Options", "nosniff"}});
         server_.set_pre_routing_handler(
             [this](const auto &request, auto &response) { return admit(request, response); });
-        server_.set_exception_handler([](const auto &, auto &response, std::exception_ptr thrown) {
+        server_.set_exception_handler([](const auto &, auto &response, const std::exception_ptr &thrown) {
             response.status = 500;
             try {
                 std::rethrow_exception(thrown);
