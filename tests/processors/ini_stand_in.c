@@ -1,5 +1,5 @@
-// What stands in for the INI parser where there is no package of it: sections, settings and comments, enough for
-// the recorded pictures.
+// What stands in for the INI parser where there is no package of it: sections, settings and comments, enough
+// for the recorded pictures.
 #include <stdlib.h>
 #include <string.h>
 

@@ -35,7 +35,8 @@ TEST_CASE_FIXTURE(
     CHECK(run("conformance --tool bad --sums sums").status == 2);
 }
 
-TEST_CASE_FIXTURE(Room, "the set for another bench: its plan holds a folder of results, every file is there") {
+TEST_CASE_FIXTURE(Room,
+                  "the set for another bench: its plan holds a folder of results, every file is there") {
     CHECK(run("conformance --export e").status == 0);
     const auto last = [&] {
         const std::string out = run("regress run e/plan.tsv -o r --expect rtl").out;

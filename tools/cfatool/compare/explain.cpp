@@ -38,9 +38,9 @@ class Bench {
     }
     const FRAME *made(const std::string &name) const {
         const auto own = out_.find(name), taken = inner.planes.find(name);
-        return own != out_.end()            ? own->second.get()
+        return own != out_.end()             ? own->second.get()
                : taken != inner.planes.end() ? taken->second.get()
-                                            : nullptr;
+                                             : nullptr;
     }
 
     const uint32_t bayer;
