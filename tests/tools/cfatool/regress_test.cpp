@@ -137,4 +137,24 @@ TEST_CASE_FIXTURE(Bench, "parts of a plan, of a Slurm array too, are each case o
     fs::remove(*this / "want/d/out_sg.ppm");
     CHECK(last("run plan.tsv -o w --expect want") == "5 cases: 3 pass, 1 fail, 1 error, 0 not run; 3 known from before");
 }
+TEST_CASE("a failing case made small: the window around what fails, with its pattern, and the registers that it needs") {
+    cfa::FramePtr raw(cfa::new_frame(FRAME_TYPE_IMG, FRAME_FMT_MONO, 41, 33, 1, 12));
+    for (const auto &[y, x] : {std::pair{20, 17}, {22, 19}})
+        cfa::sample(raw.get(), y, x) = 4000;
+    const auto registers = std::make_shared<Registers>();
+    for (const char *key : {"reg_cfa_vw_thd", "reg_cfa_edge_tol", "reg_cfa_ymoire_np"})
+        find_register(*registers, key).info->store(registers->block.hw, 3);
+    const auto fails = [](const Inputs &in) {
+        const FRAME *const frame = in.mosaic->frame();
+        return std::count(frame->data, frame->data + frame->width * frame->height, 4000u) == 2 && in.registers->block.hw.reg_cfa_edge_tol == 3;
+    };
+    const Inputs least = minimised(make_inputs({}, Mosaic::from_frame(std::move(raw), {}), registers), fails);
+    const FRAME *const frame = least.mosaic->frame();
+    CHECK(frame->width == 5); // columns 16 to 20: an odd width cannot become even
+    CHECK(frame->height == 3);
+    CHECK(cfa::value(frame, 0, 1) == 4000);
+    CHECK(cfa::value(frame, 2, 3) == 4000);
+    CHECK(int32_t{least.registers->block.hw.reg_cfa_vw_thd} != 3);
+    CHECK(fails(least));
+}
 // clang-format on
