@@ -22,7 +22,11 @@ CaseRunner::CaseRunner(const RunOptions &options, const Plan &plan, const Shard 
     fs::create_directories(options.folder);
     block_ = options.tool.empty() ? make_own_block() : make_program(options.tool, scratch_.path);
     make_reference();
-    read_results(options.folder, [this](const Result &result) { remember(result); });
+    const auto own = [this](std::string_view name) {
+        const auto index = plan_.find(name);
+        return index && shard_.has(*index);
+    };
+    read_results(options.folder, own, [this](const Result &result) { remember(result); });
 }
 
 void CaseRunner::make_reference() {

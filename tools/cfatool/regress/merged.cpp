@@ -18,7 +18,8 @@ std::string cases_text(size_t count) {
 }
 
 Merged::Merged(const Plan &plan, const std::string &folder) : at_(plan.size()) {
-    read_results(folder, [&](Result &&result) { take(plan, std::move(result)); });
+    const auto all = [](std::string_view) { return true; };
+    read_results(folder, all, [&](Result &&result) { take(plan, std::move(result)); });
 }
 
 void Merged::take(const Plan &plan, Result &&result) {
@@ -67,7 +68,8 @@ std::vector<Merged::Bucket> Merged::buckets() const {
 
 void record_sums(const Plan &plan, const std::string &folder, const std::string &path) {
     std::vector<std::pair<int64_t, OutputSums>> newest(plan.size());
-    read_results(folder, [&](const Result &result) {
+    const auto planned = [&](std::string_view name) { return plan.find(name).has_value(); };
+    read_results(folder, planned, [&](const Result &result) {
         const auto index = plan.find(result.name);
         if (index && result.sums && result.status == Result::Status::pass &&
             result.at >= newest[*index].first)

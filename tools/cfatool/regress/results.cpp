@@ -21,6 +21,16 @@ std::string host_name() {
     return name;
 }
 
+/// The name at the start of a line, unless it must be parsed for it.
+std::optional<std::string_view> name_of(std::string_view line) {
+    constexpr std::string_view START = R"({"case":")";
+    const size_t end = line.find('"', START.size());
+    if (!line.starts_with(START) || end == std::string_view::npos)
+        return std::nullopt;
+    const std::string_view name = line.substr(START.size(), end - START.size());
+    return name.find('\\') == std::string_view::npos ? std::optional(name) : std::nullopt;
+}
+
 Result parsed(const std::string &line) {
     const Json json = Json::parse(line);
     const auto text = [&json](const char *member) { return json.value(member, std::string()); };
@@ -82,7 +92,8 @@ void ResultFile::add(const Result &result) {
         throw errno_trouble(path_);
 }
 
-void read_results(const std::string &folder, const std::function<void(Result &&)> &take) {
+void read_results(const std::string &folder, const std::function<bool(std::string_view name)> &wanted,
+                  const std::function<void(Result &&)> &take) {
     std::error_code error;
     for (std::filesystem::directory_iterator entry(folder, error), end; entry != end;
          entry.increment(error)) {
@@ -90,6 +101,9 @@ void read_results(const std::string &folder, const std::function<void(Result &&)
             continue;
         std::ifstream lines(entry->path());
         for (std::string line; std::getline(lines, line) && !lines.eof();) {
+            const auto name = name_of(line);
+            if (name && !wanted(*name))
+                continue;
             try {
                 take(parsed(line));
             } catch (const Json::exception &) { // a line that a killed process left unfinished
