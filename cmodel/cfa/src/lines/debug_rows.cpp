@@ -109,7 +109,7 @@ DebugRows::DebugRows(int width, int height)
         const bool color = image.channel == 3 || image.shown == Shown::signed_map;
         // Kept: a selector beyond the one channel shows the plane shifted left, and zeros behind it.
         const int shift = plane->channels == 1 ? image.channel : 0;
-        const auto skipped = static_cast<size_t>(shift * ppm_sample_bytes(image.bit_depth));
+        const int skipped = shift * ppm_sample_bytes(image.bit_depth);
         images_[static_cast<size_t>(plane - planes().data())].emplace(debug_path_of(image.file).c_str(),
                                                                       color ? '6' : '5', width, height,
                                                                       image.bit_depth, BLOCK_BYTES, skipped);

@@ -13,9 +13,9 @@ namespace cfa::CFA_ROWS {
 namespace {
 
 Curve curve(const CurveRegisters &c) {
-    constexpr std::numeric_limits<int32_t> any;
+    using Any = std::numeric_limits<int32_t>;
     if (WIDE)
-        return {c.x0, c.y0, c.slope, c.y0 > c.y1 ? c.y1 : any.min(), c.y0 > c.y1 ? any.max() : c.y1};
+        return {c.x0, c.y0, c.slope, c.y0 > c.y1 ? c.y1 : Any::min(), c.y0 > c.y1 ? Any::max() : c.y1};
     return {c.x0, c.y0, c.slope, std::min(c.y0, c.y1), std::max(c.y0, c.y1)};
 }
 

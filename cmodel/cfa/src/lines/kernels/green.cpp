@@ -8,8 +8,8 @@ namespace {
 
 // All ones where the bit is set.
 constexpr Sample mask_of(Sample index, int bit) {
-    constexpr int top = 8 * sizeof(Sample) - 1;
-    return static_cast<Sample>(index << (top - bit)) >> top;
+    constexpr int TOP = 8 * sizeof(Sample) - 1;
+    return static_cast<Sample>(index << (TOP - bit)) >> TOP;
 }
 
 // table.word[first .. first + 2^levels) by the bits of the index above the lowest.
