@@ -84,7 +84,7 @@ std::shared_ptr<Mosaic> Mosaic::from_file(const std::string &path) {
     if (is_folder(path))
         throw file_trouble(path, "is a folder");
     open_to_read(path); // the reader behind it waits for a file that is missing
-    const auto mosaic = std::make_shared<Mosaic>();
+    auto mosaic = std::make_shared<Mosaic>();
     mosaic->path_ = path;
     cfa::PpmReader reader(path.c_str());
     const cfa::PpmHeader &header = reader.header();
@@ -104,7 +104,7 @@ std::shared_ptr<Mosaic> Mosaic::from_file(const std::string &path) {
 }
 
 std::shared_ptr<Mosaic> Mosaic::from_frame(cfa::FramePtr frame, const Sum &sum) {
-    const auto mosaic = std::make_shared<Mosaic>();
+    auto mosaic = std::make_shared<Mosaic>();
     mosaic->frame_ = std::move(frame);
     mosaic->sum_ = sum;
     return mosaic;

@@ -105,7 +105,7 @@ std::string from_plan(const std::string &path, const std::string &plan) {
 
 std::string name_of_settings(const std::string &settings) {
     std::string name;
-    for (std::string setting : split(settings, ' ')) {
+    for (const std::string &setting : split(settings, ' ')) {
         const std::string prefix = "reg_cfa_";
         name += "/" + (setting.starts_with(prefix) ? setting.substr(prefix.size()) : setting);
     }

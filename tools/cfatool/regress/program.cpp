@@ -55,10 +55,8 @@ std::string command_line(const std::string &command, const std::string &folder, 
 }
 
 OutputSums sums_in(const std::string &folder) {
-    OutputSums sums;
-    for (size_t i = 0; i < sums.size(); ++i)
-        sums[i] = sum_of_picture(folder + "/" + OUTPUT_FILES[i]);
-    return sums;
+    const auto sum = [&](const char *file) { return sum_of_picture(folder + "/" + file); };
+    return {sum(OUTPUT_FILES[0]), sum(OUTPUT_FILES[1]), sum(OUTPUT_FILES[2])};
 }
 
 class Program : public OutputMaker {

@@ -1,6 +1,7 @@
 #include "tools/cfatool/regress/progress.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <fmt/core.h>
 #include <unistd.h>
@@ -12,7 +13,7 @@ constexpr std::chrono::milliseconds BAR_EVERY{200}, LINE_EVERY{10'000};
 constexpr uint64_t BAR_WIDTH = 30;
 
 std::string time_text(double seconds) {
-    const auto s = static_cast<int64_t>(seconds + 0.5);
+    const auto s = std::llround(seconds);
     return s < 60     ? fmt::format("{} s", s)
            : s < 3600 ? fmt::format("{} min {} s", s / 60, s % 60)
                       : fmt::format("{} h {} min", s / 3600, s / 60 % 60);
