@@ -133,8 +133,9 @@ TEST_CASE("the built program: a limit on file sizes, a full device behind every 
         std::filesystem::create_symlink("/dev/full", full);
         CHECK(large.run() == error_line("Unable to write file '" + full + no_space));
         std::filesystem::remove(full);
-        for (const auto &[path, bytes] : large.pictures())
-            CHECK_MESSAGE((bytes.empty() || bytes == whole.at(path)), path);
+        for (const auto &picture : large.pictures())
+            CHECK_MESSAGE((picture.second.empty() || picture.second == whole.at(picture.first)),
+                          picture.first);
         large.clear();
     }
 }

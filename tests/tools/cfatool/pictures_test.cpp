@@ -108,8 +108,8 @@ TEST_CASE_FIXTURE(Pictures, "samples of every depth and form become samples, col
     const std::string sheet = made("preview a b a --crop 1,1,1,1 --zoom 10 --columns 2 --label 'i.' --label b --label - -o o", "b", picture("P5 2 2 255", {4, 5, 6, 7}));
     const auto pixel = [&sheet](size_t x, size_t y) { return static_cast<uint8_t>(sheet[std::string("P6 28 68 255\n").size() + 3 * (28 * y + x)]); };
     CHECK(sheet.starts_with("P6 28 68 255\n"));
-    for (const auto &[x, y, want] : std::vector<std::array<size_t, 3>>{{0, 20, 4}, {9, 29, 4}, {18, 29, 7}, {10, 25, 255}, {1, 0, 255}, {2, 0, 0}, {7, 1, 0}, {8, 0, 255}, {18, 0, 0}, {0, 33, 255}, {9, 64, 4}, {18, 64, 255}, {0, 44, 0}, {9, 45, 0}, {0, 42, 255}})
-        CHECK_MESSAGE(pixel(x, y) == want, x << " " << y);
+    for (const auto &at : std::vector<std::array<size_t, 3>>{{0, 20, 4}, {9, 29, 4}, {18, 29, 7}, {10, 25, 255}, {1, 0, 255}, {2, 0, 0}, {7, 1, 0}, {8, 0, 255}, {18, 0, 0}, {0, 33, 255}, {9, 64, 4}, {18, 64, 255}, {0, 44, 0}, {9, 45, 0}, {0, 42, 255}})
+        CHECK_MESSAGE(pixel(at[0], at[1]) == at[2], at[0] << " " << at[1]);
     CHECK(made("preview b --crop 1,1,1,1 --zoom 40 --label i -o o", "b", get("b")).substr(13 + 3 * 26, 18) == std::string(18, '\xFF')); // said once
     CHECK(contains(run("preview a b --label x -o o").err, "cfatool preview: 1 labels for 2 pictures (see"));
     CHECK(made("preview made.png -o o", "a", png(PNG_FORMAT_GRAY, rgb)) == picture("P6 2 2 255", {10, 10, 10, 20, 20, 20, 30, 30, 30, 40, 40, 40}));

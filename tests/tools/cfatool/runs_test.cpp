@@ -82,12 +82,12 @@ TEST_CASE_FIXTURE(Room, "NumPy files: what is a plane, in any form of whole numb
     };
     const auto header = [](const std::string &type, const std::string &shape = "(1, 2)", const char *order = "False") { return "{'descr': '" + type + "', 'fortran_order': " + order + ", 'shape': " + shape + ", }\n"; };
     using Values = std::vector<int32_t>;
-    for (const auto &[bytes, want] : std::vector<std::pair<std::string, Values>>{
+    for (const auto &row : std::vector<std::pair<std::string, Values>>{
              {npy(header("|u1"), "\x01\xff"), {1, 255}}, {npy(header("|i1", "(2, 1)"), "\x01\xff"), {1, -1}}, {npy(header("|b1"), std::string("\0\1", 2)), {0, 1}}, {npy(header("<u2"), std::string("\1\0\0\x80", 4)), {1, 32768}},
              {npy(header(">i2", "(1, 2, 1)"), "\x01\x02\xff\xfe"), {258, -2}}, {npy(header("<i4", "(1,1,3)"), std::string("\1\0\0\0\xff\xff\xff\xff\0\1\0\0", 12)), {1, -1, 256}},
              {npy(header("<i8"), std::string("\5\0\0\0\0\0\0\0\xfe\xff\xff\xff\xff\xff\xff\xff", 16), 2), {5, -2}}, {npy(header(">u8", "(1, 1)"), std::string("\0\0\0\0\0\0\1\1", 8)), {257}}}) {
-        put("p.npy", bytes);
-        CHECK_MESSAGE(PlaneFile(*this / "p.npy").read() == want, bytes);
+        put("p.npy", row.first);
+        CHECK_MESSAGE(PlaneFile(*this / "p.npy").read() == row.second, row.first);
     }
     for (const auto &[bytes, reason] : std::vector<std::pair<std::string, std::string>>{
              {"\x93NUMPY", "cut short in the NumPy header"}, {npy(header("<i4"), "1234567"), "cut short: 7 bytes of samples, 8 expected"}, {npy(header("|u1"), "abc"), "too long: 3 bytes of samples, 2 expected"},

@@ -72,8 +72,9 @@ TEST_CASE("load: what a text does to reg_cfa_gsig_tol (12 bits, 32) and reg_cfa_
         {std::string(100000, '\0') + "\n" + text, 7},
         {"[cfa]\nreg_cfa_gsig_tol =", 0}, // an empty value counts as set
     };
-    for (const auto &[bytes, want] : texts) {
-        INFO(bytes.substr(0, 60));
+    for (const auto &row : texts) {
+        const auto &[bytes, want] = row;
+        INFO(row.first.substr(0, 60));
         load_cfa(bytes);
         CHECK(cfa_reg.hw.reg_cfa_gsig_tol == want);
         CHECK(cfa_reg.hw.reg_cfa_gsig_tol.is_set == (want == 32 ? 0 : 1));
