@@ -9,7 +9,6 @@
 #include "cmodel/cfa/src/cfa_hw.h"
 #include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/kit/in_force.h"
-#include "cmodel/cfa/src/lines/kernels/plane_words.h"
 #include "cmodel/cfa/src/picture_run.h"
 #include "cmodel/common/ppm_stream.h"
 #include "log/log.h"
@@ -18,7 +17,7 @@
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/pictures/mosaic_writer.h"
 #include "tools/cfatool/pictures/picture_reader.h"
-#include "tools/cfatool/runs/npy.h"
+#include "tools/cfatool/runs/plane_rows.h"
 
 namespace cfatool {
 namespace {
@@ -26,50 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int LOG_LEVEL = LOG_INFO;
-
-/// The planes as files of a folder.
-class PlaneFiles : public PlaneRows {
-  public:
-    PlaneFiles(const FRAME *raw, const std::string &folder) : PlaneRows(raw), folder_(folder + "/planes/") {
-        fs::create_directory(folder_);
-    }
-    void put_mosaic() const {
-        PlaneForm form = form_of(1);
-        form.bytes = raw_->bit_depth > 16 ? 4 : 2;
-        form.is_signed = false;
-        NpyFile file(folder_ + "raw.npy", form);
-        for (int y = 0; y < form.height; ++y) {
-            const uint32_t *const row = raw_->data + static_cast<size_t>(y) * raw_->width;
-            const std::vector<uint16_t> words(row, row + raw_->width);
-            file.write_row(form.bytes == 4 ? static_cast<const void *>(row) : words.data());
-        }
-        file.commit();
-    }
-
-  protected:
-    void put(const cfa::PlaneInfo &info, int y, const int32_t *samples) override {
-        if (y == 0)
-            files_.emplace(std::piecewise_construct, std::forward_as_tuple(&info),
-                           std::forward_as_tuple(folder_ + info.name + ".npy", form_of(info.channels)));
-        NpyFile &file = files_.at(&info);
-        file.write_row(samples);
-        if (y == cfa::height_of(raw_) - 1)
-            file.commit();
-    }
-
-  private:
-    PlaneForm form_of(int channels) const {
-        PlaneForm form;
-        form.width = cfa::width_of(raw_);
-        form.height = cfa::height_of(raw_);
-        form.channels = channels;
-        form.bytes = 4;
-        form.is_signed = true;
-        return form;
-    }
-    const std::string folder_;
-    std::map<const cfa::PlaneInfo *, NpyFile> files_;
-};
 
 /// Outputs of a run that nobody asked for.
 struct UnusedOutputs {
@@ -187,44 +142,6 @@ std::string record(const RunRequest &request, const std::string &folder, Registe
 
 } // namespace
 
-void PlaneRows::take(const cfa::PlaneInfo &info, const FRAME *plane) {
-    const size_t samples = static_cast<size_t>(plane->width) * plane->channels;
-    std::vector<int32_t> row(samples);
-    for (int y = 0; y < cfa::height_of(plane); ++y) {
-        std::copy_n(plane->data + static_cast<size_t>(y) * samples, samples, row.begin());
-        put(info, y, row.data());
-    }
-}
-
-template <class T> void PlaneRows::join(const cfa::PlaneInfo &info, int y, const cfa::SplitRow<T> *channels) {
-    std::vector<int32_t> row(static_cast<size_t>(raw_->width) * static_cast<size_t>(info.channels));
-    cfa::join_exact(channels, info.channels, cfa::width_of(raw_), row.data());
-    const std::lock_guard lock(one_at_a_time_);
-    put(info, y, row.data());
-}
-
-void PlaneRows::row(const cfa::PlaneInfo &info, int y, const cfa::SplitRow<int16_t> *channels) {
-    join(info, y, channels);
-}
-void PlaneRows::row(const cfa::PlaneInfo &info, int y, const cfa::SplitRow<int32_t> *channels) {
-    join(info, y, channels);
-}
-
-void TakenPlanes::take(const cfa::PlaneInfo &info, const FRAME *plane) {
-    cfa::FramePtr copy = cfa::plane_like(plane, plane->type, plane->channels, plane->bit_depth);
-    std::copy_n(plane->data, static_cast<size_t>(plane->width) * plane->height * plane->channels, copy->data);
-    planes[info.name] = std::move(copy);
-}
-
-void TakenPlanes::put(const cfa::PlaneInfo &info, int y, const int32_t *samples) {
-    const auto channels = static_cast<uint32_t>(info.channels);
-    cfa::FramePtr &plane = planes[info.name];
-    if (!plane)
-        plane = cfa::plane_like(raw_, FRAME_TYPE_IMG, channels, 32);
-    const size_t count = static_cast<size_t>(raw_->width) * channels;
-    std::copy_n(samples, count, plane->data + static_cast<size_t>(y) * count);
-}
-
 cfa::FramePtr read_mosaic(const std::string &path) {
     log_set_quiet(1);
     open_to_read(path); // the reader behind it waits for a file that is missing
@@ -257,7 +174,7 @@ void make_run(const RunRequest &request) {
     run_as_tool(path, registers, request.debug);
     const cfa::FramePtr raw = read_mosaic(path + "/raw.ppm");
     if (request.planes) {
-        PlaneFiles files(raw.get(), path);
+        PlaneFiles files(raw.get(), path + "/planes");
         files.put_mosaic();
         run_for_planes(registers, raw.get(), files);
     }
