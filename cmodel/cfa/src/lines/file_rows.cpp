@@ -90,7 +90,7 @@ template <class Word> void write_gain_of_one(const char *path, const WordStore &
 
 // Below a megapixel a second thread wins less than a millisecond.
 int threads_for(const WordStore &store) {
-    return store.size() / store.word_bytes() > 1000000 && usable_processors() > 1 ? 2 : 1;
+    return store.size() / store.word_bytes() > 1000000 && free_processors() > 1 ? 2 : 1;
 }
 
 template <class Word, class Sample> void run_words(WordStore &store, const OutputPaths &out) {

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <csignal>
+#include <cstdio>
 #include <exception>
 #include <mutex>
 #include <optional>
@@ -102,9 +103,16 @@ void run_side_by_side(int steps, const std::function<void(int)> &front,
     progress.rethrow();
 }
 
-int usable_processors() {
+int free_processors() {
     cpu_set_t set;
-    return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
+    const int usable = sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
+    int running = 1; // this thread among them
+    if (std::FILE *const load = std::fopen("/proc/loadavg", "re")) {
+        if (std::fscanf(load, "%*s %*s %*s %d", &running) != 1)
+            running = 1;
+        std::fclose(load);
+    }
+    return running > usable ? 1 : usable;
 }
 
 } // namespace cfa

@@ -13,7 +13,8 @@ constexpr int FRONT_LEAD = 16;
 /// in turn where the system has no second one. The first error of either ends both and is thrown.
 void run_side_by_side(int steps, const std::function<void(int)> &front, const std::function<void(int)> &back);
 
-/// How many processors the process may use.
-int usable_processors();
+/// How many processors the process may use; 1 where more threads are running now than there are, for then a
+/// second one of ours only adds changes from one to the other.
+int free_processors();
 
 } // namespace cfa
