@@ -10,6 +10,7 @@
 #include "cmodel/cfa/src/lines/kernels/file_words.h"
 #include "cmodel/common/ppm.h"
 #include "tools/cfatool/regress/makers.h"
+#include "tools/cfatool/runs/output_frames.h"
 
 namespace cfatool {
 namespace {
@@ -94,14 +95,6 @@ Sum sum_of_frame(const FRAME *frame) {
     return summer.sum();
 }
 
-struct Frames {
-    cfa::FramePtr rgb, dc, gain;
-    explicit Frames(const FRAME *raw)
-        : rgb(cfa::plane_like(raw, FRAME_TYPE_IMG, 3, raw->bit_depth)),
-          dc(cfa::plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth)),
-          gain(cfa::plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth)) {}
-};
-
 class OwnBlock : public OutputMaker {
   public:
     explicit OwnBlock(bool whole_planes)
@@ -116,7 +109,7 @@ class OwnBlock : public OutputMaker {
             cfa::cfa_lines_excludes(static_cast<uint32_t>(words->header().width),
                                     static_cast<uint32_t>(words->header().height)) == nullptr)
             return sums_of_words(*words);
-        const Frames out = frames_of(inputs);
+        const OutputFrames out = frames_of(inputs);
         return {sum_of_frame(out.rgb.get()), sum_of_frame(out.dc.get()), sum_of_frame(out.gain.get())};
     }
 
@@ -130,7 +123,7 @@ class OwnBlock : public OutputMaker {
             std::snprintf(dbg_path, sizeof dbg_path, "%s", folder.c_str());
         }
         dump_dbg_img = debug;
-        const Frames out = frames_of(inputs);
+        const OutputFrames out = frames_of(inputs);
         dump_dbg_img = false;
         cfa::write_p6((folder + "/out.ppm").c_str(), out.rgb.get());
         cfa::write_p5((folder + "/out_dc.ppm").c_str(), out.dc.get());
@@ -140,9 +133,9 @@ class OwnBlock : public OutputMaker {
 
   private:
     // With the registers in force.
-    Frames frames_of(const Inputs &inputs) const {
+    OutputFrames frames_of(const Inputs &inputs) const {
         const FRAME *const raw = inputs.mosaic->frame();
-        Frames out(raw);
+        OutputFrames out(raw);
         if (!whole_planes_ || cfa::registers().reg_cfa_enable == 0) {
             cfa::run_block(raw, out.rgb.get(), out.dc.get(), out.gain.get());
         } else {

@@ -17,6 +17,7 @@
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/pictures/mosaic_writer.h"
 #include "tools/cfatool/pictures/picture_reader.h"
+#include "tools/cfatool/runs/output_frames.h"
 #include "tools/cfatool/runs/plane_rows.h"
 
 namespace cfatool {
@@ -26,17 +27,8 @@ namespace fs = std::filesystem;
 
 constexpr int LOG_LEVEL = LOG_INFO;
 
-/// Outputs of a run that nobody asked for.
-struct UnusedOutputs {
-    cfa::FramePtr rgb, dc, gain;
-    explicit UnusedOutputs(const FRAME *raw)
-        : rgb(cfa::plane_like(raw, FRAME_TYPE_IMG, 3, raw->bit_depth)),
-          dc(cfa::plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth)),
-          gain(cfa::plane_like(raw, FRAME_TYPE_IMG, 1, raw->bit_depth)) {}
-};
-
 void run_for_planes(const Registers &registers, const FRAME *raw, cfa::PlaneTaker &taker) {
-    const UnusedOutputs out(raw);
+    const OutputFrames out(raw);
     const cfa::BoundRegisters bound(registers.block, registers.top, &taker);
     cfa::run_block(raw, out.rgb.get(), out.dc.get(), out.gain.get());
 }
