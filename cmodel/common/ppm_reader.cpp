@@ -13,8 +13,6 @@ namespace cfa {
 
 namespace {
 
-constexpr size_t BLOCK_BYTES = 256 * 1024;
-
 // Big-endian samples of `Bytes` bytes, as loops that the compiler can vectorise.
 template <int Bytes> void unpack(const uint8_t *bytes, uint32_t *samples, size_t count) {
     for (size_t i = 0; i < count; ++i) {
@@ -60,7 +58,7 @@ uint32_t ppm_bit_depth(int32_t max_value) {
 }
 
 PpmReader::PpmReader(const char *path)
-    : path_(path), block_(std::make_unique_for_overwrite<uint8_t[]>(BLOCK_BYTES)),
+    : path_(path), block_(std::make_unique_for_overwrite<uint8_t[]>(PPM_BLOCK_BYTES)),
       stream_(open_image(path, "rb")) {
     read_magic();
     skip_comments();
@@ -126,7 +124,7 @@ void PpmReader::read(uint32_t *samples, size_t count) {
     }
     const size_t size = static_cast<size_t>(sample_bytes_);
     while (count > 0) {
-        const size_t wanted = std::min(count, BLOCK_BYTES / size);
+        const size_t wanted = std::min(count, PPM_BLOCK_BYTES / size);
         const size_t present = read_bytes(block_.get(), wanted * size);
         convert(block_.get(), present, samples, wanted);
         samples += wanted;

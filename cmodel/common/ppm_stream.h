@@ -25,6 +25,9 @@ constexpr int ppm_sample_bytes(uint32_t bit_depth) {
     return bit_depth <= 8 ? 1 : bit_depth <= 16 ? 2 : bit_depth <= 24 ? 3 : 4;
 }
 
+/// Bytes read or written at a time.
+constexpr size_t PPM_BLOCK_BYTES = 256 * 1024;
+
 /// The text before the samples. kind is '5' or '6'.
 std::string ppm_header_text(char kind, uint32_t width, uint32_t height, uint32_t bit_depth);
 

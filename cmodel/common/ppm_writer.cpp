@@ -7,8 +7,6 @@ namespace cfa {
 
 namespace {
 
-constexpr size_t BLOCK_BYTES = 256 * 1024;
-
 template <int Bytes> void pack(const uint32_t *samples, uint8_t *bytes, size_t count) {
     for (size_t i = 0; i < count; ++i)
         for (int b = 0; b < Bytes; ++b)
@@ -45,7 +43,7 @@ std::string ppm_header_text(char kind, uint32_t width, uint32_t height, uint32_t
 }
 
 PpmWriter::PpmWriter(const char *path, char kind, uint32_t width, uint32_t height, uint32_t bit_depth)
-    : path_(path), block_(std::make_unique_for_overwrite<uint8_t[]>(BLOCK_BYTES)),
+    : path_(path), block_(std::make_unique_for_overwrite<uint8_t[]>(PPM_BLOCK_BYTES)),
       stream_(open_image(path, "wb")), sample_bytes_(ppm_sample_bytes(bit_depth)) {
     const std::string text = ppm_header_text(kind, width, height, bit_depth);
     std::copy(text.begin(), text.end(), block_.get());
@@ -60,7 +58,7 @@ PpmWriter::~PpmWriter() {
 void PpmWriter::write(const uint32_t *samples, size_t count) {
     const size_t size = static_cast<size_t>(sample_bytes_);
     while (count > 0) {
-        const size_t fitting = std::min(count, (BLOCK_BYTES - filled_) / size);
+        const size_t fitting = std::min(count, (PPM_BLOCK_BYTES - filled_) / size);
         pack_samples(sample_bytes_, samples, &block_[filled_], fitting);
         filled_ += fitting * size;
         samples += fitting;

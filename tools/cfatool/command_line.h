@@ -58,16 +58,18 @@ class Command {
     /// The lines behind the options in the help.
     void footer(const std::string &text);
 
-    /// What the subcommand does with its options: `action` gives the exit status, or nothing for STATUS_GOOD.
-    template <class Options, class Action> void run(const std::shared_ptr<Options> &options, Action action) {
+    /// What the subcommand does with its options.
+    template <class Options> void run(const std::shared_ptr<Options> &options,
+                                      std::type_identity_t<void (*)(const Options &)> action) {
         act([options, action] {
-            if constexpr (std::is_void_v<std::invoke_result_t<Action, const Options &>>) {
-                action(*options);
-                return STATUS_GOOD;
-            } else {
-                return action(*options);
-            }
+            action(*options);
+            return STATUS_GOOD;
         });
+    }
+    /// The same where `action` gives the exit status.
+    template <class Options>
+    void run(const std::shared_ptr<Options> &options, std::type_identity_t<int (*)(const Options &)> action) {
+        act([options, action] { return action(*options); });
     }
 
     /// Subcommands of its own, one of which must be chosen.

@@ -10,9 +10,9 @@
 namespace cfatool {
 namespace {
 
-class Reader {
+class Parser {
   public:
-    Reader(const std::string &path, const std::string &text, size_t count, uint32_t most)
+    Parser(const std::string &path, const std::string &text, size_t count, uint32_t most)
         : path_(path), text_(text), most_(most), samples_(count), given_(count) {}
 
     std::vector<uint32_t> read() {
@@ -121,7 +121,7 @@ uint64_t put_memory_text(PictureReader &reader, const Crop &crop,
 
 std::vector<uint32_t> read_memory_text(const std::string &path, const std::string &text, size_t count,
                                        uint32_t most) {
-    return Reader(path, text, count, most).read();
+    return Parser(path, text, count, most).read();
 }
 
 } // namespace cfatool

@@ -8,15 +8,16 @@
 #include "tools/cfatool/base/trouble.h"
 
 namespace cfatool {
-namespace {
 
 /// What libpng said last.
-struct Message {
+struct PngMessage {
     char text[200] = "";
 };
 
+namespace {
+
 void on_error(png_structp png, png_const_charp text) {
-    auto *message = static_cast<Message *>(png_get_error_ptr(png));
+    auto *message = static_cast<PngMessage *>(png_get_error_ptr(png));
     std::snprintf(message->text, sizeof message->text, "%s", text);
     png_longjmp(png, 1);
 }
@@ -43,7 +44,7 @@ struct Header {
 };
 
 struct Reader {
-    Message message;
+    PngMessage message;
     png_structp png = nullptr;
     png_infop info = nullptr;
     std::vector<png_bytep> rows;
@@ -85,7 +86,7 @@ bool read_samples(Reader &reader) {
 } // namespace
 
 struct PngWriter::State {
-    Message message;
+    PngMessage message;
     std::string pending; // compressed bytes that are not in the file yet
     png_structp png = nullptr;
     png_infop info = nullptr;

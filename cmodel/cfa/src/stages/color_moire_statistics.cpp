@@ -17,7 +17,7 @@ namespace {
 
 constexpr int32_t HUE_CIRCLE = 2880; // 360 degrees in eighths
 
-int32_t weight_of(int32_t x, const CurveRegisters &c) {
+int32_t clipped_weight(int32_t x, const CurveRegisters &c) {
     return CM_LUT3_CLIP(x, c.x0, c.y0, c.y1, c.slope, 10);
 }
 
@@ -37,11 +37,11 @@ int32_t hue_distance(int32_t hue, const std::array<ProtectedHue, 3> &hues) {
 int32_t color_distance_weight(int32_t red, int32_t green, int32_t blue, const ColorMoireCurves &curves,
                               const std::array<ProtectedHue, 3> &hues) {
     const int32_t saturation = norm2(magnitude(red - green), magnitude(blue - green));
-    const int32_t sat_weight = weight_of(saturation, curves.saturation);
+    const int32_t sat_weight = clipped_weight(saturation, curves.saturation);
 
     uint32_t hue = 0, unused_sat = 0, unused_val = 0;
     rgb2hsv(red, green, blue, hue, unused_sat, unused_val, 3, 0, 0);
-    const int32_t hue_weight = weight_of(hue_distance(static_cast<int32_t>(hue), hues), curves.hue);
+    const int32_t hue_weight = clipped_weight(hue_distance(static_cast<int32_t>(hue), hues), curves.hue);
     return (sat_weight * hue_weight) >> 12;
 }
 
@@ -103,7 +103,7 @@ int32_t luma_gain(int32_t green) {
 
 int32_t edge_spread_weight(const Responses &e, int32_t green, const CurveRegisters &curve) {
     const int32_t spread = clip12((e.spread() * luma_gain(green) + 512) >> 10);
-    return weight_of(spread, curve);
+    return clipped_weight(spread, curve);
 }
 
 } // namespace
