@@ -13,8 +13,6 @@
 
 #include "cmodel/cfa/src/kit/debug_image.h"
 #include "cmodel/cfa/src/picture_run.h"
-#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
-#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "cmodel/common/error.h"
 #include "log/log.h"
 
@@ -46,8 +44,6 @@ using namespace cfa;
 }
 
 namespace {
-
-const char *const LABEL = "cfa_main";
 
 // The order of the ten arguments, behind the name of the executable.
 enum Argument {
@@ -99,18 +95,6 @@ std::FILE *open_log(const char *path, int level) {
     log_add_fp(log_file, level);
     log_set_quiet(1);
     return log_file;
-}
-
-void load_registers(const char *cfa_ini, const char *cmodel_top_ini) {
-    INIT_CFA_REG("NULL");
-    LOAD_CFA_INI(cfa_ini);
-    PRINT_CFA_REG();
-    INIT_CMODEL_TOP_REG("NULL");
-    LOAD_CMODEL_TOP_INI(cmodel_top_ini);
-    PRINT_CMODEL_TOP_REG();
-    log_log(LOG_INFO, LABEL, __LINE__, "reg_cfa_enable = %d", int{cfa_reg.hw.reg_cfa_enable});
-    log_log(LOG_INFO, LABEL, __LINE__, "reg_img_bayerid = %d", int{cmodel_top_reg.hw.reg_img_bayerid});
-    log_log(LOG_INFO, LABEL, __LINE__, "reg_cfa_shpn_enable = %d", int{cfa_reg.hw.reg_cfa_shpn_enable});
 }
 
 // Returns once all outputs are written.

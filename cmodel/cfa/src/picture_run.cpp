@@ -7,11 +7,16 @@
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/cfa/src/lines/conditions.h"
 #include "cmodel/cfa/src/lines/debug_rows.h"
+#include "cmodel/cfa/src/reg_parse/cfa_reg.h"
+#include "cmodel/cmodel_top/src/reg_parse/cmodel_top_reg.h"
 #include "cmodel/common/ppm.h"
+#include "log/log.h"
 
 namespace cfa {
 
 namespace {
+
+const char *const LABEL = "cfa_main"; // what the log calls the driver
 
 // Whether all but the samples allows the line engine. What CM_NewFRAME refuses, the three-channel output
 // included, is left to it: frames end the process at the same place with the same line.
@@ -49,6 +54,18 @@ void run_frames(const FRAME *raw, const OutputPaths &out) {
 }
 
 } // namespace
+
+void load_registers(const char *cfa_ini, const char *cmodel_top_ini) {
+    INIT_CFA_REG("NULL");
+    LOAD_CFA_INI(cfa_ini);
+    PRINT_CFA_REG();
+    INIT_CMODEL_TOP_REG("NULL");
+    LOAD_CMODEL_TOP_INI(cmodel_top_ini);
+    PRINT_CMODEL_TOP_REG();
+    log_log(LOG_INFO, LABEL, __LINE__, "reg_cfa_enable = %d", int{cfa_reg.hw.reg_cfa_enable});
+    log_log(LOG_INFO, LABEL, __LINE__, "reg_img_bayerid = %d", int{cmodel_top_reg.hw.reg_img_bayerid});
+    log_log(LOG_INFO, LABEL, __LINE__, "reg_cfa_shpn_enable = %d", int{cfa_reg.hw.reg_cfa_shpn_enable});
+}
 
 void run_picture(const char *raw_path, const OutputPaths &out, Notice notice) {
     PpmReader reader(raw_path);

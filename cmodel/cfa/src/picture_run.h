@@ -5,6 +5,9 @@
 
 namespace cfa {
 
+/// Resets the registers of both blocks, loads each from its file and writes them to the log.
+void load_registers(const char *cfa_ini, const char *cmodel_top_ini);
+
 /// Takes a line for standard error about a run that goes on.
 using Notice = void (*)(const char *line);
 

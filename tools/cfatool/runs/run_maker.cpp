@@ -85,15 +85,14 @@ void put_mosaic(const RunRequest &request, uint32_t bayer, const std::string &to
 }
 
 /// The run of the ten-argument tool, in this process.
-void run_as_tool(const std::string &folder, const Registers &registers, bool debug) {
+void run_as_tool(const std::string &folder, bool debug) {
     const auto in = [&](const char *name) { return folder + "/" + name; };
     std::FILE *const log = std::fopen(in("cfa.log").c_str(), "a"); // the log keeps it
     if (log == nullptr || log_add_fp(log, LOG_LEVEL) != 0)
         throw errno_trouble(in("cfa.log"));
     if (folder.size() + 64 > sizeof dbg_path)
         throw file_trouble(folder, "is too long a name for debug images");
-    cfa_reg = registers.block;
-    cmodel_top_reg = registers.top;
+    cfa::load_registers(in("cfa.ini").c_str(), in("cmodel_top.ini").c_str());
     dump_dbg_img = debug;
     std::snprintf(dbg_path, sizeof dbg_path, "%s", folder.c_str());
     cfa::run_picture(in("raw.ppm").c_str(),
@@ -163,7 +162,7 @@ void make_run(const RunRequest &request) {
     registers.load_run(path);
     const auto bayer = static_cast<uint32_t>(int32_t{registers.top.hw.reg_img_bayerid});
     put_mosaic(request, bayer, path + "/raw.ppm");
-    run_as_tool(path, registers, request.debug);
+    run_as_tool(path, request.debug);
     const cfa::FramePtr raw = read_mosaic(path + "/raw.ppm");
     if (request.planes) {
         PlaneFiles files(raw.get(), path + "/planes");
