@@ -95,6 +95,7 @@ TEST_CASE_FIXTURE(Room, "NumPy files: what is a plane, in any form of whole numb
     }
     for (const auto &[bytes, reason] : std::vector<std::pair<std::string, std::string>>{
              {"\x93NUMPY", "cut short in the NumPy header"}, {npy(header("<i4"), "1234567"), "cut short: 7 bytes of samples, 8 expected"}, {npy(header("|u1"), "abc"), "too long: 3 bytes of samples, 2 expected"},
+             {npy(header("<i8", "(782599856, 982129412, 3)"), std::string(512, 'x')), "more than 2147483647 samples"}, // 2^64 + 512 bytes
 
              {npy(header("<f4"), "12345678"), "no plane of whole numbers"}, {npy(header("|u1", "(1, 2)", "True"), "ab"), "no plane"}, {npy(header("|u1", "(2,)"), "ab"), "no plane"}, {npy(header("|u1", "(1, 1, 2)"), "ab"), "no plane"},
              {npy(header("<i8", "(1, 1)"), std::string("\0\0\0\0\1\0\0\0", 8)), "holds numbers beyond 32 bits"}, {npy(header("<i8", "(1, 1)"), std::string("\0\0\0\0\xff\xff\xff\xff", 8)), "beyond 32 bits"}}) {

@@ -56,6 +56,9 @@ PlaneForm read_npy_header(const std::string &path, std::FILE *stream) {
     form.begin = std::ftell(stream);
 
     struct stat status = {};
+    if (static_cast<uint64_t>(form.width) * static_cast<uint64_t>(form.height) >
+        static_cast<uint64_t>(INT32_MAX / form.channels))
+        throw file_trouble(path, "more than 2147483647 samples");
     const int64_t need = static_cast<int64_t>(form.row_bytes()) * form.height;
     const int64_t left = fstat(fileno(stream), &status) == 0 ? status.st_size - form.begin : 0;
     if (left != need)

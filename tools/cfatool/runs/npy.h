@@ -24,8 +24,8 @@ struct PlaneForm {
 };
 
 /// Reads the header of a NumPy file of format 1 to 3: whole numbers of 1, 2, 4 or 8 bytes and booleans, C
-/// order, shape (h, w), (h, w, 1) or (h, w, 3). Throws Trouble for any other, and for one that is cut short
-/// or goes on behind its samples.
+/// order, shape (h, w), (h, w, 1) or (h, w, 3), up to 2147483647 samples. Throws Trouble for any other, and
+/// for one that is cut short or goes on behind its samples.
 PlaneForm read_npy_header(const std::string &path, std::FILE *stream);
 
 /// A NumPy file that is written row by row and there when it is complete. Samples as they stand in memory,
