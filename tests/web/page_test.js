@@ -94,6 +94,7 @@ for (const door of ['small', 'large', 'served'])
       const look = await Look.at(url);
       await eventually(async () => (await look.pixel())[0], '417,263');
       const at = (place) => eventually(async () => (await look.pixel())[0], place);
+      await look.link(); // the place to come back to
       await look.press('2', 'N');
       await at('3,2');
       for (const [key, place] of [
@@ -111,14 +112,30 @@ for (const door of ['small', 'large', 'served'])
       await eventually(async () => Object.keys(await look.list()).sort(), ['GH_hp', 'out']);
       await look.press('Space');
       for (const side of [a, b, a]) await eventually(() => look.labels(), [`out · ${side}`]);
-      await look.press('s', '.', '.', 'ArrowDown');
+      await look.press('s', '.', '.', 'ArrowDown', 'l', 'h', 't');
       await eventually(async () => (await look.link()).slider, '0.6');
       const link = await look.page.evaluate(() => location.href);
       const other = await Look.at(link);
       await eventually(() => other.labels(), ['out · slider']);
       await eventually(() => other.link(), await look.link());
       assert.equal((await other.pixel())[0], '3,3');
+      assert.deepEqual(Object.keys(await other.list()).sort(), ['GH_hp', 'out']);
+      const switches = () =>
+        other.page.evaluate(() => [
+          document.documentElement.style.colorScheme,
+          document.getElementById('only').checked,
+          ...['#histogram', '.label'].map((name) => document.querySelector(name).hidden),
+        ]);
+      assert.deepEqual(await switches(), ['dark', true, true, true]);
+      await other.press('o', 'l', 'h', 't', 't', 'f');
+      await eventually(async () => (await other.link()).fitted, '1');
+      assert.deepEqual(await switches(), ['', false, false, false]);
       await other.close();
+      await look.page.goBack();
+      await eventually(() => look.labels(), [`GH_hp · ${a}`, `GH_hp · ${b}`]);
+      await look.page.goForward();
+      await eventually(() => look.labels(), ['out · slider']);
+      assert.equal((await look.link()).theme, 'dark');
       await look.close();
     });
   });

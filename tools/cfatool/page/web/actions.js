@@ -3,12 +3,11 @@
 import { byId, element, setText } from './dom.js';
 import { ownRangeAgain, rangeOfView } from './inspector.js';
 import { stepPlane, stepStage } from './list.js';
-import { copyLink } from './link.js';
+import { copyLink, nextTheme } from './link.js';
 import { fit, lookAt, setMode, setPanes, zoomTo } from './panes.js';
 import { firstDifference, seekDifference, seekPlane } from './seek.js';
 import { activePane, changed, two, view, watch } from './state.js';
 
-const THEMES = ['', 'dark', 'light'];
 const BLINK_MS = 450;
 
 const move = (dx, dy) => (event) => {
@@ -23,17 +22,6 @@ const set = (change) => () => {
   changed();
 };
 const slide = (by) => set(() => ({ slider: Math.min(1, Math.max(0, view.slider + by)) }));
-
-function nextTheme() {
-  const { style } = document.documentElement;
-  style.colorScheme = THEMES[(THEMES.indexOf(style.colorScheme) + 1) % THEMES.length];
-  changed();
-}
-
-function toggleHistogram() {
-  byId('histogram').hidden = !byId('histogram').hidden;
-  changed();
-}
 
 /** Says what has not been found. */
 const seek = (search, text) => async () => setText(byId('said'), (await search()) ? '' : text);
@@ -64,7 +52,7 @@ const ACTIONS = [
   ['next-pane', '', ['w'], 'next pane', set(() => ({ active: (view.active + 1) % view.panes.length }))],
   ['range', 'view', ['r'], 'range of what is in view', rangeOfView],
   ['own-range', 'reset', ['R'], 'range of its own again', ownRangeAgain],
-  ['histogram', '', ['h'], 'histogram on or off', toggleHistogram],
+  ['histogram', '', ['h'], 'histogram on or off', set(() => ({ histogram: !view.histogram }))],
   ['labels', 'labels', ['l'], 'labels and values on or off', set(() => ({ labels: !view.labels }))],
   ['theme', '◐', ['t'], 'dark, light, or as the system has it', nextTheme],
   ['link', 'link', ['c'], 'copy a link to what you see', copyLink],
@@ -84,7 +72,7 @@ const OF_TWO = [
   ['next', 'next ›', ['n'], 'next difference', seek(() => seekDifference(1), 'No further difference.')],
   ['previous-wrong', '', ['P'], 'previous plane that differs', seek(() => seekPlane(-1), 'No plane before differs.')],
   ['next-wrong', '', ['N'], 'next plane that differs', seek(() => seekPlane(1), 'No further plane differs.')],
-  ['only', '', ['o'], 'list only what differs', () => byId('only').click()],
+  ['only', '', ['o'], 'list only what differs', set(() => ({ only: !view.only }))],
 ];
 const actions = two ? [...OF_TWO, ...ACTIONS] : ACTIONS;
 const GROUPS = [
@@ -148,7 +136,8 @@ export function setUpActions() {
     if (view.panes.some((pane) => pane.mode === 'blink')) set(() => ({ blink: view.blink === 'a' ? 'b' : 'a' }))();
   }, BLINK_MS);
   watch(() => {
-    const { zoom } = view;
+    const { zoom, theme } = view;
+    document.documentElement.style.colorScheme = theme;
     setText(
       byId('zoom'),
       zoom >= 0.995 ? `${Number(zoom.toFixed(zoom < 10 ? 1 : 0))}×` : `${Math.round(zoom * 100)} %`,

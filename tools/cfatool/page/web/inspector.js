@@ -5,7 +5,7 @@ import { byId, element, setText } from './dom.js';
 import { lookAt, paneAt } from './panes.js';
 import { levelFor, tilesInView } from './pane.js';
 import { factorOf, samplesNow, summaryNow, TILE, tileNow, trouble } from './source.js';
-import { activePane, activePlane, changed, hasSide, inside, pixel, run, sideOf, two, watch } from './state.js';
+import { activePane, activePlane, changed, hasSide, inside, pixel, run, sideOf, two, view, watch } from './state.js';
 
 const INKS = ['#e5484d', '#30a46c', '#3e82f7'];
 const LETTERS = two ? { a: 'A ', b: 'B ', d: 'diff ' } : { a: '' };
@@ -61,6 +61,7 @@ function writeLegend() {
 
 function drawHistogram() {
   const canvas = byId('histogram');
+  canvas.hidden = !view.histogram;
   const summary = shownSummary();
   const ratio = globalThis.devicePixelRatio;
   const [width, height] = [canvas.clientWidth, canvas.clientHeight].map((n) => Math.round(n * ratio));

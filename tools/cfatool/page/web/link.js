@@ -1,10 +1,13 @@
-// The address behind # keeps place, zoom, planes, modes and ranges: a link says "look here".
+// The address behind # keeps place, zoom, planes, modes, ranges and what is switched on: a link says "look here".
 
 import { byId } from './dom.js';
-import { modesOf } from './panes.js';
+import { fit, modesOf } from './panes.js';
 import { changed, run, view } from './state.js';
 
 const WRITE_MS = 250;
+const THEMES = ['', 'dark', 'light'];
+const SWITCHES = ['only', 'labels', 'histogram', 'fitted'];
+const usual = Object.fromEntries(SWITCHES.map((name) => [name, view[name]]));
 
 const numbers = (text) => (text ?? '').split(',').map(Number);
 
@@ -18,6 +21,8 @@ function written() {
     slider: round(view.slider),
   });
   for (const [key, { low, high, gamma }] of Object.entries(view.ranges)) words.append('range', [key, low, high, gamma]);
+  for (const name of SWITCHES) if (view[name] !== usual[name]) words.set(name, Number(view[name]));
+  if (view.theme) words.set('theme', view.theme);
   return `#${words}`;
 }
 
@@ -48,18 +53,32 @@ export function readLink() {
     const [key, low, high, gamma] = range.split(',');
     view.ranges[key] = { low: Number(low), high: Number(high), gamma: Number(gamma) };
   }
+  for (const name of SWITCHES) view[name] = words.has(name) ? words.get(name) === '1' : usual[name];
+  view.theme = THEMES.find((theme) => theme === words.get('theme')) ?? '';
+  if (view.fitted) fit();
   changed();
   return true;
 }
 
+const planesIn = (hash) => new URLSearchParams(hash.slice(1)).get('panes')?.replace(/:\w+/g, '');
+
 let timer = 0;
 
-/** Writes the address when the view has come to rest. */
+/** Writes the address when the view has come to rest. Back leads to the planes that were shown before. */
 export function writeLink() {
   clearTimeout(timer);
   timer = setTimeout(() => {
-    if (location.hash !== written()) history.replaceState(null, '', written());
+    const hash = written();
+    const chosen = location.hash && navigator.userActivation?.hasBeenActive; // by somebody
+    const goesOn = chosen && planesIn(location.hash) !== planesIn(hash);
+    if (location.hash !== hash) history[goesOn ? 'pushState' : 'replaceState'](null, '', hash);
   }, WRITE_MS);
+}
+
+/** Dark, light, or as the system has it: the next of them. */
+export function nextTheme() {
+  view.theme = THEMES[(THEMES.indexOf(view.theme) + 1) % THEMES.length];
+  changed();
 }
 
 export async function copyLink() {

@@ -127,6 +127,7 @@ function bringIntoView(node) {
 }
 
 watch(() => {
+  byId('only').checked = view.only;
   const visible = new Set(listed());
   for (const { plane, node } of rows) {
     node.hidden = !visible.has(plane);

@@ -18,6 +18,8 @@ export const view = {
   blink: 'a',
   only: false, // list only what differs
   labels: true,
+  histogram: true,
+  theme: '', // dark, light, or as the system has it
   fitted: false, // the whole plane, whatever the size of the window
   ranges: {}, // by range key: low, high, gamma as chosen
 };
