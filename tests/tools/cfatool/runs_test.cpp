@@ -94,7 +94,7 @@ TEST_CASE_FIXTURE(Room, "NumPy files: what is a plane, in any form of whole numb
         CHECK_MESSAGE(PlaneFile(*this / "p.npy").read() == row.second, row.first);
     }
     for (const auto &[bytes, reason] : std::vector<std::pair<std::string, std::string>>{
-             {"\x93NUMPY", "cut short in the NumPy header"}, {npy(header("<i4"), "1234567"), "cut short: 7 bytes of samples, 8 expected"}, {npy(header("|u1"), "abc"), "too long: 3 bytes of samples, 2 expected"},
+             {"\x93NUMPY", "cut short in the NumPy header"}, {"\x93NUMBY" + npy(header("|u1"), "ab").substr(6), "is no NumPy file"}, {npy(header("<i4"), "1234567"), "cut short: 7 bytes of samples, 8 expected"}, {npy(header("|u1"), "abc"), "too long: 3 bytes of samples, 2 expected"},
              {npy(header("<i8", "(782599856, 982129412, 3)"), std::string(512, 'x')), "more than 2147483647 samples"}, // 2^64 + 512 bytes
 
              {npy(header("<f4"), "12345678"), "no plane of whole numbers"}, {npy(header("|u1", "(1, 2)", "True"), "ab"), "no plane"}, {npy(header("|u1", "(2,)"), "ab"), "no plane"}, {npy(header("|u1", "(1, 1, 2)"), "ab"), "no plane"},
@@ -105,6 +105,8 @@ TEST_CASE_FIXTURE(Room, "NumPy files: what is a plane, in any form of whole numb
         CHECK_MESSAGE(contains(outcome.err, "p.npy: "), outcome.err);
         CHECK_MESSAGE(contains(outcome.err, reason), outcome.err);
     }
+    put("p.npy", "\x93NUMPY\1" + std::string("\0\xff\xff", 3) + "{'descr':" + std::string(65484, ' ') + "'|u1','fortran_order':False,'shape':(1,1)}z"); // 65535 bytes
+    CHECK(PlaneFile(*this / "p.npy").read() == Values{'z'});
     put("p.npy", npy(header("<u2", "(3, 4)"), std::string("\0\0\1\0\2\0\3\0\4\0\5\0\6\0\7\0\x08\0\x09\0\x0a\0\x0b\0", 24)));
     CHECK(PlaneFile(*this / "p.npy").read(1, 1, 2, 2) == Values{5, 6, 9, 10});
 }

@@ -1,6 +1,7 @@
 // The header of NumPy files: a magic word, a length, and a dictionary in Python's notation.
 #include "tools/cfatool/runs/npy.h"
 
+#include <algorithm>
 #include <bit>
 #include <fmt/core.h>
 #include <regex>
@@ -17,9 +18,12 @@ constexpr std::string_view MAGIC = "\x93NUMPY";
 constexpr size_t PREFIX = 10;    // magic, version, length of the dictionary
 constexpr size_t ALIGNMENT = 64; // of the first sample
 
+/// The dictionary without its blanks: any number of them may stand between its words.
 std::string read_dictionary(const std::string &path, std::FILE *stream) {
     uint8_t head[12] = {};
     bool good = std::fread(head, 1, PREFIX, stream) == PREFIX;
+    if (good && !std::equal(MAGIC.begin(), MAGIC.end(), reinterpret_cast<const char *>(head)))
+        throw file_trouble(path, "is no NumPy file");
     size_t length = head[8] | static_cast<size_t>(head[9]) << 8;
     if (good && head[6] >= 2) { // format 2 has four bytes for the length
         good = std::fread(head + PREFIX, 1, 2, stream) == 2;
@@ -28,6 +32,7 @@ std::string read_dictionary(const std::string &path, std::FILE *stream) {
     std::string text(good ? std::min<size_t>(length, 1 << 16) : 0, ' ');
     if (!good || length != text.size() || std::fread(text.data(), 1, length, stream) != length)
         throw file_trouble(path, "cut short in the NumPy header");
+    std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });
     return text;
 }
 
@@ -35,7 +40,7 @@ std::string read_dictionary(const std::string &path, std::FILE *stream) {
 std::string entry(const std::string &path, const std::string &text, const char *expression) {
     std::smatch found;
     if (!std::regex_search(text, found, std::regex(expression)))
-        throw file_trouble(path, "a NumPy array that is no plane of whole numbers: " + text);
+        throw file_trouble(path, "a NumPy array that is no plane of whole numbers: " + text.substr(0, 100));
     return found[1];
 }
 
@@ -43,13 +48,12 @@ std::string entry(const std::string &path, const std::string &text, const char *
 
 PlaneForm read_npy_header(const std::string &path, std::FILE *stream) {
     const std::string text = read_dictionary(path, stream);
-    const std::string kind = entry(path, text, "'descr': *'([<>|=]?[iub][1248])'");
-    entry(path, text, "'fortran_order': *(False)");
-    const std::string shape =
-        entry(path, text, "'shape': *\\( *(\\d{1,9} *, *\\d{1,9} *(?:, *[13])?) *,? *\\)");
+    const std::string kind = entry(path, text, "'descr':'([<>|=]?[iub][1248])'");
+    entry(path, text, "'fortran_order':(False)");
+    const std::string shape = entry(path, text, "'shape':\\((\\d{1,9},\\d{1,9}(?:,[13])?),?\\)");
     PlaneForm form;
     form.channels = 1;
-    std::sscanf(shape.c_str(), "%d , %d , %d", &form.height, &form.width, &form.channels);
+    std::sscanf(shape.c_str(), "%d,%d,%d", &form.height, &form.width, &form.channels);
     form.bytes = kind.back() - '0';
     form.big_endian = kind[0] == '>';
     form.is_signed = kind[kind.size() - 2] == 'i';

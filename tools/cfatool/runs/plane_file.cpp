@@ -106,9 +106,9 @@ std::vector<int32_t> PlaneFile::read(int x, int y, int width, int height) const 
     const auto channels = static_cast<size_t>(form_.channels);
     const size_t part = static_cast<size_t>(width) * channels;
     std::vector<int32_t> samples(part * static_cast<size_t>(height));
-    std::vector<uint8_t> row(form_.row_bytes());
+    std::vector<uint8_t> row(samples.empty() ? 0 : form_.row_bytes());
     const size_t skipped = static_cast<size_t>(x) * channels * static_cast<size_t>(form_.bytes);
-    for (int i = 0; i < height && part > 0; ++i) {
+    for (int i = 0; i < height && !samples.empty(); ++i) {
         read_bytes(y + i, 1, row.data());
         decode(row.data() + skipped, part, samples.data() + part * static_cast<size_t>(i));
     }
