@@ -122,6 +122,13 @@ TEST_CASE_FIXTURE(Room, "the stage that is wrong, or those that may be: planes o
     check({{"chart scene --size 32x24 --bayer 1 -o raw.ppm", 0, ""}, {"run raw.ppm --bayer 1 --debug --planes -o all " + all, 0, "all\n"}, {"run raw.ppm --bayer 1 --debug --planes --set reg_cfa_cmoire_enable=0 -o off", 0, ""},
            {"run raw.ppm --bayer 1 --set reg_cfa_enable=0 -o bypass", 0, ""}, {"run raw.ppm --bayer 1 --debug --planes -o same " + all, 0, ""}, {"compare all same", 0, "\nno difference in 82 files\n"}});
     put("off/planes/cored.npy", get("all/planes/cored.npy")); // left from another run
+    fs::copy(*this / "same", *this / "regs", fs::copy_options::recursive);
+    put("regs/cfa.ini", get("same/cfa.ini") + "reg_cfa_vw_thd = 7\n"); // alone makes no difference
+    check({{"compare all regs", 0, "register reg_cfa_vw_thd: 1500 against 7\nequal (82): "}});
+    put("k/out_dc.ppm", picture("P5 3 2 4095", {1, 2, 3, 4, 5, 6})), put("k/out_sg.ppm", get("k/out_dc.ppm"));
+    put("l/out_dc.ppm", picture("P5 3 2 4095", {6, 7, 8, 9, 10, 11})), put("l/out_sg.ppm", picture("P5 3 2 4095", {17, 18, 19, 20, 5, 6}));
+    for (const char *kind : {R"("plane":"out_dc","stage":"gen_dst_dc","verdict":"suspect","not_seen":null,"kinds":["B is A + 5"]})", R"("not_seen":null,"kinds":["bit 4 is set in B"]})"})
+        check({{"compare k l --json", 1, kind}});
     struct Row {
         std::string run, files; // whose first or, with !, last sample is inverted
         bool exact;             // with planes; else debug images and outputs alone

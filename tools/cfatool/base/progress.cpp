@@ -9,8 +9,8 @@ namespace cfatool {
 
 using namespace std::chrono_literals;
 
-Progress::Progress(uint64_t total)
-    : total_(std::max<uint64_t>(total, 1)), terminal_(isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(uint64_t total, const char *work)
+    : total_(std::max<uint64_t>(total, 1)), work_(work), terminal_(isatty(STDERR_FILENO) == 1) {}
 
 Progress::~Progress() {
     if (written_)
@@ -27,7 +27,7 @@ void Progress::add(uint64_t done) {
     written_ = true;
     const std::chrono::duration<double> spent = now - start_;
     const double part = static_cast<double>(done_) / static_cast<double>(total_);
-    std::fprintf(stderr, "\r%3.0f %%, %.0f s left \033[K", 100 * part,
+    std::fprintf(stderr, "\r%s %.0f %%, %.0f s left \033[K", work_, 100 * part,
                  spent.count() * (1 - part) / std::max(part, 1e-6));
 }
 

@@ -7,11 +7,11 @@
 
 namespace cfatool {
 
-/// Writes "42 %, 3 s left" over itself on standard error while work goes on, if that is a terminal and the
-/// work takes longer than half a second. May be told from several threads.
+/// Writes "comparing 42 %, 3 s left" over itself on standard error while work goes on, if that is a terminal
+/// and the work takes longer than half a second. May be told from several threads.
 class Progress {
   public:
-    explicit Progress(uint64_t total);
+    Progress(uint64_t total, const char *work);
     ~Progress(); // takes the line away
     Progress(const Progress &) = delete;
     Progress &operator=(const Progress &) = delete;
@@ -23,6 +23,7 @@ class Progress {
 
     std::mutex mutex_;
     const uint64_t total_;
+    const char *const work_;
     const bool terminal_;
     const Clock::time_point start_ = Clock::now();
     Clock::time_point shown_ = start_;

@@ -117,7 +117,7 @@ void compare_command(Command &command) {
     command.footer(
         "Examples: cfatool compare out.ppm rtl_out.ppm --bayer 3 --map where.png\n"
         "          cfatool compare run/ rtl_run/     names the stage that is wrong, or those that may be\n"
-        "Exit status: 0 equal, 1 different or an image on one side only, 2 trouble.");
+        "Exit status: 0 equal, 1 different or an image on one side only, 2 trouble; registers do not count.");
     command.run(compare, run);
 }
 

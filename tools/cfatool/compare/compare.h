@@ -21,7 +21,7 @@ struct CompareCommand {
 /// What was found in two folders.
 struct FolderComparison {
     RunVerdict verdict;
-    std::vector<std::string> kinds; // of the first difference
+    std::vector<std::vector<std::string>> kinds; // of each plane that differs; as text of the first alone
     std::vector<Explanation> explanations;
 
     /// The first file that differs, null if there is none.

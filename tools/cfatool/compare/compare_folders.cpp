@@ -60,8 +60,8 @@ std::string first_text(const FolderComparison &found) {
         plane != nullptr
             ? fmt::format("{}: {}", plane->name(), result_text(plane->found, found.verdict.bayer))
             : fmt::format("{}: {}", file->name, result_text(file->found, found.verdict.bayer));
-    for (const std::string &kind : found.kinds)
-        text += "; " + kind;
+    for (size_t i = 0; plane != nullptr && i < found.kinds[*found.verdict.first].size(); ++i)
+        text += "; " + found.kinds[*found.verdict.first][i];
     return text;
 }
 
@@ -103,12 +103,15 @@ void print_text(const FolderComparison &found, const CompareCommand &command, si
     print_verdict(found, one_sided);
 }
 
-std::vector<std::string> kinds_of_first(const FolderComparison &found, const CompareCommand &command) {
-    const PlaneVerdict *const plane = found.verdict.first_plane();
-    if (plane == nullptr || !command.options.crop.empty() || command.options.tolerance > 0)
-        return {};
-    return difference_kinds(plane->a, plane->b, plane->found, plane->found.range, found.verdict.bayer,
-                            plane->part.sites);
+void find_kinds(FolderComparison &found, const CompareCommand &command) {
+    const RunVerdict &verdict = found.verdict;
+    found.kinds.resize(verdict.planes.size());
+    const bool whole = command.options.crop.empty() && command.options.tolerance == 0;
+    for (size_t i = 0; i < verdict.planes.size() && whole; ++i)
+        if (const PlaneVerdict &plane = verdict.planes[i];
+            plane.seen == PlaneVerdict::Seen::differs && (command.json || i == verdict.first))
+            found.kinds[i] = difference_kinds(plane.a, plane.b, plane.found, plane.found.range, verdict.bayer,
+                                              plane.part.sites);
 }
 
 } // namespace
@@ -122,7 +125,9 @@ const FilePair *FolderComparison::first_file() const {
 int compare_folders(const CompareCommand &command) {
     const RunFolder a(command.a), b(command.b);
     FolderComparison found;
-    found.verdict = judge(a, b, command.options);
+    CompareOptions options = command.options;
+    options.progress = true;
+    found.verdict = judge(a, b, options);
     const std::vector<FilePair> &files = found.verdict.files;
     const auto count = [&](const auto &what) {
         return static_cast<size_t>(std::count_if(files.begin(), files.end(), what));
@@ -131,7 +136,7 @@ int compare_folders(const CompareCommand &command) {
     const size_t unreadable = count([](const FilePair &p) { return !p.unreadable.empty(); });
     if (one_sided == files.size())
         throw CommandTrouble(fmt::format("no image is in both {} and {}", command.a, command.b));
-    found.kinds = kinds_of_first(found, command);
+    find_kinds(found, command);
     if (command.explain)
         found.explanations = explain(a, b, found.verdict);
     if (command.json)

@@ -67,11 +67,14 @@ std::string folders_json(const FolderComparison &found, const CompareCommand &co
         else
             (pair.b == nullptr ? only_a : only_b).push_back(pair.name);
     }
-    for (const PlaneVerdict &plane : verdict.planes)
+    for (size_t i = 0; i < verdict.planes.size(); ++i) {
+        const PlaneVerdict &plane = verdict.planes[i];
         planes.push_back({{"plane", plane.name()},
                           {"stage", plane.part.stage},
                           {"verdict", verdict_text(plane.verdict)},
-                          {"not_seen", plane.unseen.empty() ? Json() : Json(plane.unseen)}});
+                          {"not_seen", plane.unseen.empty() ? Json() : Json(plane.unseen)},
+                          {"kinds", found.kinds[i]}});
+    }
     for (const StageVerdict &stage : verdict.stages)
         stages.push_back({{"stage", stage.stage}, {"verdict", verdict_text(stage.verdict)}});
     for (const Explanation &e : found.explanations)
@@ -82,7 +85,7 @@ std::string folders_json(const FolderComparison &found, const CompareCommand &co
             ? Json()
             : Json({{"plane", first->name()},
                     {"at", difference_json(first->found, first->found.list.front(), verdict.bayer)},
-                    {"kinds", found.kinds}});
+                    {"kinds", found.kinds[*verdict.first]}});
     return json_text({{"a", command.a},
                       {"b", command.b},
                       {"registers", registers},

@@ -4,7 +4,6 @@
 #include <array>
 #include <bit>
 #include <fmt/core.h>
-#include <set>
 
 #include "tools/cfatool/pictures/colour_sites.h"
 
@@ -26,7 +25,7 @@ struct Common {
     uint32_t bits = 0;      // that differ in any
     uint32_t bits_of_a = 0; // that were set in A where they differ
     bool one_way = true;    // each time the same way
-    std::set<std::string> sites;
+    uint32_t colours = 0;   // of the sites, a bit each
 
     void add(int32_t a, int32_t b, uint32_t range) {
         const auto ua = static_cast<uint32_t>(a), ub = static_cast<uint32_t>(b);
@@ -40,22 +39,46 @@ struct Common {
         at_limit = at_limit && range >= SMALLEST_RANGE && std::max(ua, ub) >= range && std::max(a, b) > 0;
         first = false;
     }
+    /// Whether no further sample can change what is said.
+    bool settled() const {
+        return !one_delta && !std::has_single_bit(bits) && !all_swapped && !at_limit &&
+               !std::has_single_bit(colours);
+    }
+};
+
+/// The colours of a pattern's sites by their names, a bit each.
+struct SiteNames {
+    std::vector<std::string> names;
+    std::array<uint32_t, 16> bits = {}; // no pattern is larger than 4 x 4
+
+    explicit SiteNames(int bayer) {
+        for (int i = 0; i < 16 && bayer >= 0; ++i) {
+            const std::string name = site_name(i % 4, i / 4, static_cast<uint32_t>(bayer));
+            const auto found = std::find(names.begin(), names.end(), name);
+            bits[static_cast<size_t>(i)] = 1u << (found - names.begin());
+            if (found == names.end())
+                names.push_back(name);
+        }
+    }
+    uint32_t bit(int x, int y) const { return bits[static_cast<size_t>((y & 3) * 4 + (x & 3))]; }
 };
 
 Common what_is_common(const PlaneFile &a, const PlaneFile &b, const Comparison &found, uint32_t range,
                       int bayer, Sites sites) {
     Common common;
+    const SiteNames site_names(bayer);
     const int width = a.form().width, channels = a.form().channels;
-    for (int y = found.top; y <= found.bottom; ++y) {
+    for (int y = found.top; y <= found.bottom && !common.settled(); ++y) {
         const std::vector<int32_t> row_a = a.read(0, y, width, 1), row_b = b.read(0, y, width, 1);
-        for (size_t i = 0; i < row_a.size(); ++i) {
-            const int x = static_cast<int>(i) / channels;
-            if (row_a[i] == row_b[i] || !sites_contain(sites, x, y, static_cast<uint32_t>(bayer)))
-                continue;
-            common.add(row_a[i], row_b[i], range);
-            if (bayer >= 0 && common.sites.size() < 2)
-                common.sites.insert(site_name(x, y, static_cast<uint32_t>(bayer)));
-        }
+        if (row_a == row_b)
+            continue;
+        size_t i = 0;
+        for (int x = 0; x < width; ++x)
+            for (int c = 0; c < channels; ++c, ++i)
+                if (row_a[i] != row_b[i] && sites_contain(sites, x, y, static_cast<uint32_t>(bayer))) {
+                    common.add(row_a[i], row_b[i], range);
+                    common.colours |= site_names.bit(x, y);
+                }
     }
     return common;
 }
@@ -125,8 +148,9 @@ std::vector<std::string> difference_kinds(const std::string &path_a, const std::
                                                 : "is set in B"));
     else if (common.one_delta)
         add(fmt::format("B is A {} {}", common.delta < 0 ? "-" : "+", std::abs(common.delta)));
-    if (common.sites.size() == 1)
-        add(fmt::format("only at {} sites", *common.sites.begin()));
+    if (std::has_single_bit(common.colours))
+        add(fmt::format("only at {} sites",
+                        SiteNames(bayer).names[static_cast<size_t>(std::countr_zero(common.colours))]));
     for (int c = 0; c < found.channels && found.channels > 1; ++c)
         if (found.channel[static_cast<size_t>(c)].differing == differing)
             add(fmt::format("only in channel {}", channel_name(found.channels, c)));

@@ -1,8 +1,10 @@
 #include "tools/cfatool/compare/file_pairs.h"
 
+#include <filesystem>
 #include <map>
 #include <tuple>
 
+#include "tools/cfatool/base/progress.h"
 #include "tools/cfatool/base/trouble.h"
 
 namespace cfatool {
@@ -49,10 +51,22 @@ std::vector<FilePair> compare_files(const RunFolder &a, const RunFolder &b, cons
     add(a, &FilePair::a);
     add(b, &FilePair::b);
     std::vector<FilePair> list;
+    uint64_t bytes = 0;
+    const auto bytes_of = [](const FilePair &pair) {
+        std::error_code error;
+        const uintmax_t size = std::filesystem::file_size(pair.a->path, error);
+        return error ? 0 : uint64_t{size};
+    };
     for (auto &[place, pair] : pairs) {
+        bytes += pair.a != nullptr ? bytes_of(pair) : 0;
+        list.push_back(std::move(pair));
+    }
+    Progress progress(bytes, "comparing");
+    for (FilePair &pair : list) {
         if (pair.a != nullptr && pair.b != nullptr)
             compare_pair(pair, options);
-        list.push_back(std::move(pair));
+        if (pair.a != nullptr && options.progress)
+            progress.add(bytes_of(pair));
     }
     return list;
 }

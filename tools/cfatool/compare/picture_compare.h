@@ -19,9 +19,10 @@ struct CompareOptions {
     size_t max_list = 1;    // differing samples to keep, at least 1
     std::string map;        // PNG file to paint, or empty
     Sites sites = Sites::all;
-    int bayer = -1;     // pattern id: REQUIRED unless all sites count
-    uint32_t limit = 0; // not 0: find out whether a sample of either file reaches it
-    uint32_t range = 0; // largest sample of the plane for the PSNR; 0: as the header says
+    int bayer = -1;        // pattern id: REQUIRED unless all sites count
+    uint32_t limit = 0;    // not 0: find out whether a sample of either file reaches it
+    uint32_t range = 0;    // largest sample of the plane for the PSNR; 0: as the header says
+    bool progress = false; // of folders, on a terminal
 };
 
 /// One sample that differs.

@@ -111,7 +111,7 @@ std::string word_of(Verdict verdict) {
 }
 
 /// How the two sides of a plane compare; its pair is among the files compared unless one side is missing.
-Json comparison_json(const PagePlane &plane, const std::vector<FilePair> &files) {
+Json comparison_json(const PagePlane &plane, const std::vector<FilePair> &files, int bayer) {
     const auto pair = std::find_if(files.begin(), files.end(), [&](const FilePair &of) {
         return plane.comparable() && of.compared() && of.a->path == plane.file[0]->path();
     });
@@ -125,7 +125,8 @@ Json comparison_json(const PagePlane &plane, const std::vector<FilePair> &files)
     return {{"verdict", "differs"},
             {"differing", found.all().differing},
             {"largest", found.all().largest},
-            {"first", {found.list[0].x, found.list[0].y}}};
+            {"first", {found.list[0].x, found.list[0].y}},
+            {"kinds", difference_kinds(pair->a->path, pair->b->path, found, found.range, bayer, Sites::all)}};
 }
 
 /// One line: which stage, which plane, where.
@@ -192,13 +193,15 @@ Json PageRuns::manifest(const std::string &source) const {
 }
 
 Json PageRuns::verdict() const {
-    const RunVerdict judged = judge(runs_[0], runs_[1], {});
+    CompareOptions options;
+    options.progress = true;
+    const RunVerdict judged = judge(runs_[0], runs_[1], options);
     Json stages = Json::object(), planes = Json::array();
     for (const StageVerdict &stage : judged.stages)
         stages[stage.stage] = word_of(stage.verdict);
     Json first;
     for (size_t i = 0; i < planes_.size(); ++i) {
-        planes.push_back(comparison_json(planes_[i], judged.files));
+        planes.push_back(comparison_json(planes_[i], judged.files, judged.bayer));
         const PlaneVerdict *const named = judged.first_plane();
         const bool is_first = named != nullptr ? planes_[i].file[0] && planes_[i].file[0]->path() == named->a
                                                : planes.back()["verdict"] == "differs";
@@ -210,9 +213,8 @@ Json PageRuns::verdict() const {
         Json &plane = planes[first.get<size_t>()];
         plane["first"] = {at.x, at.y}; // of the stage that is wrong
         const PlaneVerdict &named = *judged.first_plane();
-        const uint32_t range = range_of_format(planes_[first.get<size_t>()].about.range);
-        plane["kinds"] =
-            difference_kinds(named.a, named.b, named.found, range, judged.bayer, named.part.sites);
+        plane["kinds"] = difference_kinds(named.a, named.b, named.found, named.found.range, judged.bayer,
+                                          named.part.sites);
     }
     return {{"headline", headline_of(judged)}, {"first", first}, {"stages", stages}, {"planes", planes}};
 }

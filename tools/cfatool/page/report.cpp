@@ -85,7 +85,7 @@ class Report {
   public:
     Report(const PageRuns &runs, const Json &verdict, const std::string &folder)
         : runs_(runs), verdict_(verdict), folder_(folder), summaries_(runs.planes().size()),
-          progress_(total()) {}
+          progress_(total(), "writing") {}
 
     void run() {
         std::vector<std::thread> threads;

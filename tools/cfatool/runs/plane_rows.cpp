@@ -49,7 +49,11 @@ void TakenPlanes::put(const cfa::PlaneInfo &info, int y, const int32_t *samples)
 }
 
 PlaneFiles::PlaneFiles(const FRAME *raw, std::string folder)
-    : PlaneRows(raw), folder_(std::move(folder) + "/") {
+    : PlaneRows(raw), folder_(std::move(folder) + "/"),
+      progress_(
+          static_cast<uint64_t>(std::count_if(cfa::planes().begin(), cfa::planes().end(), cfa::is_made)) *
+              raw->height,
+          "writing planes") {
     std::filesystem::create_directory(folder_);
 }
 
@@ -74,6 +78,7 @@ void PlaneFiles::put(const cfa::PlaneInfo &info, int y, const int32_t *samples) 
     file.write_row(samples);
     if (y == cfa::height_of(raw_) - 1)
         file.commit();
+    progress_.add(1);
 }
 
 PlaneForm PlaneFiles::form_of(int channels) const {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "cmodel/cfa/src/planes.h"
+#include "tools/cfatool/base/progress.h"
 #include "tools/cfatool/runs/npy.h"
 
 namespace cfatool {
@@ -42,7 +43,8 @@ class TakenPlanes : public PlaneRows {
     void put(const cfa::PlaneInfo &info, int y, const int32_t *samples) override;
 };
 
-/// The planes as NumPy files of a folder, which it makes: NAME.npy, each there when it is complete.
+/// The planes as NumPy files of a folder, which it makes: NAME.npy, each there when it is complete. Says how
+/// far it is, by the planes that the registers in force make.
 class PlaneFiles : public PlaneRows {
   public:
     PlaneFiles(const FRAME *raw, std::string folder);
@@ -56,6 +58,7 @@ class PlaneFiles : public PlaneRows {
     PlaneForm form_of(int channels) const;
     const std::string folder_;
     std::map<const cfa::PlaneInfo *, NpyFile> files_;
+    Progress progress_;
 };
 
 } // namespace cfatool
