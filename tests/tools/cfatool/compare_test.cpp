@@ -228,6 +228,13 @@ TEST_CASE_FIXTURE(Room, "crop: the smallest aligned window that keeps what the w
     REQUIRE(std::sscanf(found.c_str(), "small2: %dx%d from %*d,%*d on; pixel 17,12 is %d,%d in it", &width, &height, &x, &y) == 4);
     found = std::to_string(x) + "," + std::to_string(y);
     check({{"crop small2 --around " + found + " -o small3", 0, "small3: " + std::to_string(width) + "x" + std::to_string(height) + " from 0,0 on"}});
+    // Registers that differ: both samples are made again in as few pixels as the block takes.
+    const std::string make = "run raw.ppm --bayer 1 --planes -o ", edge = "c --set reg_cfa_edgee_thd=3 --set reg_cfa_edgee_thd2=3";
+    check({{"chart scene --size 41x31 --seed 3 -o raw.ppm --bayer 1", 0, ""}, {make + "a", 0, ""}, {make + edge, 0, ""}, {"crop a c -o first", 0, "first: 4x4 from 2,0 on; pixel 3,0 is 1,0 in it\n"}, {"crop a c --around 10,10 -o few", 0, "few: 6x4 from 8,8 on; pixel 10,10 is 2,2 in it\n"}, {"run few/raw.ppm -r c/cfa.ini --top c/cmodel_top.ini --planes -o again", 0, ""}});
+    for (const auto &[small, whole] : {std::pair("few", "a"), {"again", "c"}})
+        CHECK(cfatool::PlaneFile(*this / small + "/planes/DirInfo.npy").read(2, 2, 1, 1) == cfatool::PlaneFile(*this / whole + "/planes/DirInfo.npy").read(10, 10, 1, 1));
+    fs::remove(*this / "c/cfa.ini"), fs::remove(*this / "c/run.json"); // no run of the model
+    check({{"crop a c -o around", 0, "around: 14x10 from 0,0 on"}}); // what is read 4 pixels around, and what that reads
     CHECK(contains(get("small/run.json"), "\"file\": \"run/raw.ppm --crop "));
     CHECK(fs::exists(*this / "small/dbg_img_GH.ppm"));
     check({{"crop run -o new", 2, "cfatool crop: OTHER or --around says which pixel"}, {"crop run run -o new", 2, "cfatool crop: no sample differs between run and run\n"}, {"crop x --around 1,1 -o new", 2, "x/raw.ppm: No such file"},

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 #include <iostream>
 #include <memory>
+#include <optional>
 
 #include "cmodel/common/ppm.h"
 #include "tools/cfatool/base/files.h"
@@ -20,33 +21,45 @@ struct CropOptions {
     std::string run, other, around, output;
 };
 
-/// The first wrong pixel of the first wrong plane: it, and all around it that it is computed from.
-CropQuestion first_difference(const RunFolder &run, const CropOptions &options) {
-    const RunFolder other(options.other);
-    const RunVerdict verdict = judge(run, other, {});
+void take_asked(CropQuestion &question, const CropOptions &options) {
+    if (options.around.empty())
+        return;
+    const auto pixel = parse_list(options.around, "--around", ',', 2, 0, INT32_MAX);
+    question.x = static_cast<int>(pixel[0]);
+    question.y = static_cast<int>(pixel[1]);
+}
+
+/// The first wrong pixel, or the one that is asked for, of the first wrong plane: it, and all around it that
+/// it is computed from.
+CropQuestion first_difference(const RunFolder &run, const RunFolder &other, const CropOptions &options) {
+    CompareOptions progress;
+    progress.progress = true;
+    const RunVerdict verdict = judge(run, other, progress);
     const PlaneVerdict *const plane = verdict.first_plane();
     if (plane == nullptr || plane->found.list.empty())
         throw CommandTrouble(fmt::format("no sample differs between {} and {}", options.run, options.other));
-    CropQuestion question = {plane->found.list[0].x, plane->found.list[0].y, {{plane->part.name, 0}}};
+    CropQuestion question;
+    question.x = plane->found.list[0].x;
+    question.y = plane->found.list[0].y;
+    question.kept.push_back({plane->part.name, 0});
     for (const size_t input : plane->part.inputs)
         question.kept.push_back({verdict.planes[input].part.name, REACH});
+    take_asked(question, options);
+    const PlaneFile samples(plane->b);
+    if (question.x < samples.form().width && question.y < samples.form().height)
+        question.samples = samples.read(question.x, question.y, 1, 1);
+    question.other = other.registers();
     return question;
 }
 
-CropQuestion question_of(const RunFolder &run, const CropOptions &options) {
-    CropQuestion question;
-    if (!options.other.empty())
-        question = first_difference(run, options);
-    else if (options.around.empty())
+/// The pixel alone, in every plane.
+CropQuestion every_plane(const CropOptions &options) {
+    if (options.around.empty())
         throw UsageTrouble("OTHER or --around says which pixel");
-    if (!options.around.empty()) {
-        const auto pixel = parse_list(options.around, "--around", ',', 2, 0, INT32_MAX);
-        question.x = static_cast<int>(pixel[0]);
-        question.y = static_cast<int>(pixel[1]);
-    }
+    CropQuestion question;
+    take_asked(question, options);
     for (const cfa::PlaneInfo &plane : cfa::planes())
-        if (options.other.empty())
-            question.kept.push_back({plane.name, 0});
+        question.kept.push_back({plane.name, 0});
     return question;
 }
 
@@ -54,7 +67,10 @@ void run(const CropOptions &options) {
     const RunFolder folder(options.run);
     const Registers defaults;
     const Registers &registers = folder.registers() != nullptr ? *folder.registers() : defaults;
-    const CropQuestion question = question_of(folder, options);
+    std::optional<RunFolder> other;
+    if (!options.other.empty())
+        other.emplace(options.other);
+    const CropQuestion question = other ? first_difference(folder, *other, options) : every_plane(options);
     const cfa::FramePtr mosaic = read_mosaic(options.run + "/raw.ppm");
     if (question.x >= cfa::width_of(mosaic.get()) || question.y >= cfa::height_of(mosaic.get()))
         throw file_trouble(options.run + "/raw.ppm",
@@ -96,7 +112,9 @@ void crop_command(Command &command) {
     command.footer(
         "Example: cfatool crop run/ rtl_run/ -o small\n"
         "The smallest window, aligned to the pattern, in which the block computes the same there: with\n"
-        "OTHER the plane that is wrong and, around it, all it is computed from; else every plane.\n"
+        "OTHER the plane that is wrong, in both runs if the model with OTHER's registers makes OTHER's\n"
+        "sample, else in RUN_DIR and, up to 4 pixels around, all it is computed from; without OTHER every\n"
+        "plane.\n"
         "The folder is a run of its own, with exact planes.");
     command.run(options, run);
 }

@@ -1,6 +1,7 @@
 #include "tools/cfatool/compare/crop_window.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace cfatool {
 namespace {
@@ -42,14 +43,22 @@ class Cutter {
     Cutter(const FRAME *mosaic, const Registers &registers, const CropQuestion &question)
         : mosaic_(mosaic), registers_(registers), question_(question),
           period_(int32_t{registers.top.hw.reg_img_bayerid} > 7 ? 4 : 2),
-          reference_(mosaic, around(is_large() ? REFERENCE : std::max(width(), height())), registers) {}
+          reference_(mosaic, around(is_large() ? REFERENCE : std::max(width(), height())), registers) {
+        if (question.other == nullptr)
+            return;
+        other_.emplace(mosaic, reference_.at, *question.other);
+        if (makes_again(*other_))
+            question_.kept.resize(1);
+        else
+            other_.reset();
+    }
 
     CropWindow cut() const {
         for (int reach = 0;; ++reach) {
             const Crop crop = around(reach);
             CropWindow window(mosaic_, crop, registers_);
             const bool all = crop.width >= reference_.at.width && crop.height >= reference_.at.height;
-            if (all || keeps(window, reference_, question_))
+            if (all || enough(window))
                 return all ? std::move(window) : shrink(std::move(window));
         }
     }
@@ -58,6 +67,21 @@ class Cutter {
     int width() const { return cfa::width_of(mosaic_); }
     int height() const { return cfa::height_of(mosaic_); }
     bool is_large() const { return int64_t{width()} * height() > 4 * REFERENCE * REFERENCE; }
+
+    /// Whether the samples of the other run are the model's.
+    bool makes_again(const CropWindow &window) const {
+        const FRAME *const plane = window.plane(question_.kept[0].plane);
+        bool same = plane != nullptr && plane->channels == question_.samples.size();
+        for (size_t c = 0; same && c < question_.samples.size(); ++c)
+            same = cfa::value(plane, question_.y - window.at.y, question_.x - window.at.x,
+                              static_cast<int>(c)) == question_.samples[c];
+        return same;
+    }
+
+    bool enough(const CropWindow &window) const {
+        return keeps(window, reference_, question_) &&
+               (!other_ || keeps(CropWindow(mosaic_, window.at, *question_.other), *other_, question_));
+    }
 
     Crop around(int reach) const {
         Crop crop;
@@ -79,7 +103,7 @@ class Cutter {
                 crop.y += side == 2 ? period_ : 0;
                 if (crop.width < SMALLEST[0] || crop.height < SMALLEST[1])
                     continue;
-                if (CropWindow trial(mosaic_, crop, registers_); keeps(trial, reference_, question_)) {
+                if (CropWindow trial(mosaic_, crop, registers_); enough(trial)) {
                     window = std::move(trial);
                     smaller = true;
                 }
@@ -90,9 +114,10 @@ class Cutter {
 
     const FRAME *mosaic_;
     const Registers &registers_;
-    const CropQuestion &question_;
+    CropQuestion question_;
     int period_;
     CropWindow reference_;
+    std::optional<CropWindow> other_; // the reference of the other run
 };
 
 } // namespace

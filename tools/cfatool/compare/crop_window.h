@@ -18,6 +18,11 @@ struct Kept {
 struct CropQuestion {
     int x = 0, y = 0;
     std::vector<Kept> kept;
+    // A second run of the mosaic: its registers, null if it is no run of the model, and what it has at the
+    // pixel in the first plane that is kept. Where the model makes that again, the window keeps this one
+    // plane, of both runs, and nothing around it.
+    const Registers *other = nullptr;
+    std::vector<int32_t> samples;
 };
 
 /// A part of the mosaic, and the planes of a run on it alone.
