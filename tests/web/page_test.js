@@ -49,6 +49,7 @@ for (const door of ['small', 'large', 'served'])
       await eventually(() => look.pixel(), ['417,263', shown([at]), shown([at + 1]), '−1']);
       await eventually(() => look.list(), listAt([a, b], 417, 263));
       assert.deepEqual(await look.texts('.verdict.differs_here'), ['differs here']);
+      assert.deepEqual(await look.texts('.verdict.differs_by_its_input'), ['by its input']); // a copy of what differs
       assert.match(await look.text('#headline'), /cfa_CalPredictPixel differs: GH_hp at 417,263/);
       assert.match(await look.text('#site'), /^Gb site/);
       assert.equal(await look.text('[data-do=registers]'), '1 register differs');
@@ -198,7 +199,8 @@ describe('hands', () => {
     await eventually(async () => (await look.link()).range, undefined);
     await look.press('?');
     assert.ok((await look.text('#help-dialog')).includes('previous plane that differs'));
-    await look.press('n', 'Escape'); // no key acts behind the help
+    await look.press('n'); // no key acts behind the help
+    await look.page.click('#help-dialog button');
     assert.equal((await look.pixel())[0], '417,263');
     assert.equal(await look.page.$('dialog[open]'), null);
     await look.press('i');

@@ -180,8 +180,6 @@ class Judge {
 
     /// The worst of its planes is the verdict on a stage.
     void collect_stages() {
-        constexpr Verdict WORST_FIRST[] = {Verdict::differs_here, Verdict::suspect, Verdict::differs_by_input,
-                                           Verdict::not_seen,     Verdict::equal,   Verdict::off};
         const auto rank = [&](Verdict verdict) {
             return std::find(std::begin(WORST_FIRST), std::end(WORST_FIRST), verdict);
         };

@@ -19,6 +19,10 @@ enum class Verdict {
     off,              // switched off in both runs
 };
 
+/// The worst of several is the verdict on them all.
+constexpr Verdict WORST_FIRST[] = {Verdict::differs_here, Verdict::suspect, Verdict::differs_by_input,
+                                   Verdict::not_seen,     Verdict::equal,   Verdict::off};
+
 /// "equal", "differs here", "differs by its input", "suspect", "not seen", "off".
 const char *verdict_text(Verdict verdict);
 

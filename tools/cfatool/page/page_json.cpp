@@ -199,6 +199,10 @@ Json PageRuns::verdict() const {
     Json stages = Json::object(), planes = Json::array();
     for (const StageVerdict &stage : judged.stages)
         stages[stage.stage] = word_of(stage.verdict);
+    for (const Verdict worst : WORST_FIRST) // a copy stands under the stage that makes it where that is on
+        for (const PlaneVerdict &plane : judged.planes)
+            if (plane.part.plane != nullptr && plane.verdict == worst)
+                stages.emplace(plane.part.plane->stage, word_of(plane.verdict));
     Json first;
     for (size_t i = 0; i < planes_.size(); ++i) {
         planes.push_back(comparison_json(planes_[i], judged.files, judged.bayer));

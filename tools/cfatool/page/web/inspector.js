@@ -37,10 +37,8 @@ function writePlane() {
   const found = shownSummary();
   const extent = found && `samples ${found.least} to ${found.most}`;
   setText(byId('about'), plane.shows || plane.name);
-  setText(
-    byId('made'),
-    [plane.id, plane.format, plane.stage, extent, plane.note, ...(plane.kinds ?? [])].filter(Boolean).join(' · '),
-  );
+  setText(byId('made'), [plane.id, plane.format, plane.stage, extent, plane.note].filter(Boolean).join(' · '));
+  setText(byId('kinds'), plane.kinds?.join('; ') ?? '');
   const range = rangeOf(plane, shownSide());
   for (const field of fields) {
     if (document.activeElement !== field) field.value = range[field.id];
