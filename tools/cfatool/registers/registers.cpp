@@ -5,6 +5,8 @@
 
 #include "cmodel/common/ini_file.h"
 #include "tools/cfatool/base/files.h"
+#include "tools/cfatool/base/numbers.h"
+#include "tools/cfatool/base/suggestion.h"
 #include "tools/cfatool/base/trouble.h"
 
 namespace cfatool {
@@ -69,6 +71,24 @@ FoundRegister find_register(Registers &registers, const std::string &key) {
         if (const RegisterInfo *info = p.table->find(key.c_str()))
             return {p, info};
     return {{nullptr, nullptr}, nullptr};
+}
+
+RegisterSetting parse_setting(Registers &registers, const std::string &text) {
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos)
+        throw CommandTrouble(fmt::format("'{}' is not of the form key=value", text));
+    const std::string key = text.substr(0, equals), value = text.substr(equals + 1);
+    const FoundRegister found = find_register(registers, key);
+    if (found.info == nullptr)
+        throw CommandTrouble(
+            fmt::format("unknown key '{}'{}", key, suggestion(key, register_keys(registers))));
+    const RegisterInfo &info = *found.info;
+    const bool negative = value.starts_with('-');
+    const int64_t number = parse_decimal(value.substr(negative), key, 0, INT64_MAX) * (negative ? -1 : 1);
+    if (number < cfa::register_min(info.bits, info.is_signed) ||
+        number > cfa::register_max(info.bits, info.is_signed))
+        throw CommandTrouble(fmt::format("{}: {} does not fit {}", key, value, width_text(info)));
+    return {found, static_cast<int32_t>(number)};
 }
 
 std::vector<std::string> register_keys(Registers &registers) {

@@ -64,6 +64,14 @@ struct FoundRegister {
 /// The register of this key, in whichever part it is; info is null if there is none.
 FoundRegister find_register(Registers &registers, const std::string &key);
 
+/// "key=value" for a register of either block. Throws CommandTrouble for an unknown key, and for a value that
+/// is no decimal number or does not fit.
+struct RegisterSetting {
+    FoundRegister to;
+    int32_t value;
+};
+RegisterSetting parse_setting(Registers &registers, const std::string &text);
+
 /// Every key of both blocks.
 std::vector<std::string> register_keys(Registers &registers);
 

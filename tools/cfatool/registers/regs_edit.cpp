@@ -6,9 +6,7 @@
 
 #include "log/log.h"
 #include "tools/cfatool/base/files.h"
-#include "tools/cfatool/base/numbers.h"
 #include "tools/cfatool/base/scratch_folder.h"
-#include "tools/cfatool/base/suggestion.h"
 #include "tools/cfatool/base/text.h"
 #include "tools/cfatool/registers/ini_text.h"
 
@@ -22,23 +20,9 @@ struct Assignment {
 };
 
 Assignment parse_assignment(const std::string &text) {
-    const size_t equals = text.find('=');
-    if (equals == std::string::npos)
-        throw CommandTrouble(fmt::format("'{}' is not of the form key=value", text));
-    const std::string key = text.substr(0, equals);
-    const std::string value = text.substr(equals + 1);
     Registers registers;
-    const FoundRegister found = find_register(registers, key);
-    if (found.info == nullptr)
-        throw CommandTrouble(
-            fmt::format("unknown key '{}'{}", key, suggestion(key, register_keys(registers))));
-    const RegisterInfo &info = *found.info;
-    const bool negative = !value.empty() && value[0] == '-';
-    const int64_t number = parse_decimal(value.substr(negative), key, 0, INT64_MAX) * (negative ? -1 : 1);
-    if (number < cfa::register_min(info.bits, info.is_signed) ||
-        number > cfa::register_max(info.bits, info.is_signed))
-        throw CommandTrouble(fmt::format("{}: {} does not fit {}", key, value, width_text(info)));
-    return {found.where.table->name, key, std::to_string(number)};
+    const auto [to, value] = parse_setting(registers, text);
+    return {to.where.table->name, to.info->key, std::to_string(value)};
 }
 
 bool sets(const IniLine &line, const Assignment &a) {

@@ -5,7 +5,6 @@
 #include <filesystem>
 #include <fmt/core.h>
 #include <new>
-#include <unistd.h>
 
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/regress/failure.h"
@@ -20,13 +19,11 @@ using Status = Result::Status;
 CaseRunner::CaseRunner(const RunOptions &options, const Plan &plan, const Shard &shard, Counts &counts)
     : options_(options), plan_(plan), shard_(shard), counts_(counts) {
     fs::create_directories(options.folder);
-    block_ = options.tool.empty() ? make_own_block() : make_program(options.tool, scratch_.path);
+    block_ = options.tool.empty() ? make_own_block() : make_program(options.tool, scratch_.path + "/tool");
     make_reference();
-    const auto own = [this](std::string_view name) {
-        const auto index = plan_.find(name);
-        return index && shard_.has(*index);
-    };
-    read_results(options.folder, own, [this](const Result &result) { remember(result); });
+    read_results(
+        options.folder, [this](std::string_view name) { return own_index(name).has_value(); },
+        [this](const Result &result) { remember(result); });
 }
 
 void CaseRunner::make_reference() {
@@ -34,22 +31,26 @@ void CaseRunner::make_reference() {
     if (!o.record.empty() + !o.sums.empty() + !o.against.empty() + !o.expect.empty() > 1)
         throw UsageTrouble("only one of --record, --sums, --against and --expect");
     if (!o.sums.empty())
-        reference_ = make_recorded(read_recorded_sums(o.sums, [this](const std::string &name) {
-            const auto index = plan_.find(name);
-            return index && shard_.has(*index);
-        }));
+        reference_ = make_recorded(read_recorded_sums(
+            o.sums, [this](const std::string &name) { return own_index(name).has_value(); }));
     else if (o.against == "model")
         reference_ = make_whole_plane_model();
     else if (!o.against.empty())
-        reference_ = make_program(o.against, scratch_.path);
+        reference_ = make_program(o.against, scratch_.path + "/against");
     else if (!o.expect.empty())
         reference_ = make_folders(o.expect);
 }
 
+/// The place in the plan of a case of this shard.
+std::optional<size_t> CaseRunner::own_index(std::string_view name) const {
+    const auto index = plan_.find(name);
+    return index && shard_.has(*index) ? index : std::nullopt;
+}
+
 /// A result of before. An error is none that lasts.
 void CaseRunner::remember(const Result &result) {
-    const auto index = plan_.find(result.name);
-    if (!index || !shard_.has(*index) || result.status == Status::error)
+    const auto index = own_index(result.name);
+    if (!index || result.status == Status::error)
         return;
     Known &known = known_[*index];
     if (result.at >= known.at)
@@ -57,14 +58,6 @@ void CaseRunner::remember(const Result &result) {
 }
 
 void CaseRunner::begin_worker() {
-    const std::string folder = fmt::format("{}/{}", scratch_.path, getpid());
-    fs::create_directory(folder);
-    if (!options_.tool.empty())
-        block_ = make_program(options_.tool, folder);
-    if (!options_.against.empty() && options_.against != "model") {
-        fs::create_directory(folder + "/against");
-        reference_ = make_program(options_.against, folder + "/against");
-    }
     results_ = std::make_unique<ResultFile>(options_.folder);
 }
 
@@ -158,22 +151,20 @@ bool CaseRunner::may_keep(std::atomic<uint64_t> &kept) const {
     return kept++ < static_cast<uint64_t>(options_.keep);
 }
 
-std::string CaseRunner::kept_folder(const std::string &name) const {
-    std::string flat = name;
+/// In a folder of one level, whatever the case is called. Returns it.
+std::string CaseRunner::keep_inputs(const Inputs &inputs, Result &result) {
+    std::string flat = inputs.from.name;
     std::replace(flat.begin(), flat.end(), '/', '~');
-    return "kept/" + flat;
-}
-
-void CaseRunner::keep_inputs(const Inputs &inputs, Result &result) {
-    result.kept = kept_folder(inputs.from.name);
-    const KeptCase kept(inputs, options_.folder + "/" + result.kept, *block_);
+    result.kept = "kept/" + flat;
+    const std::string folder = options_.folder + "/" + result.kept;
+    keep_case(inputs, folder, *block_);
+    return folder;
 }
 
 void CaseRunner::keep_failure(const Inputs &inputs, const OutputSums &want, Result &result) {
-    result.kept = kept_folder(inputs.from.name);
-    const std::string folder = options_.folder + "/" + result.kept;
     restart_case_time();
-    const Failure failure = KeptCase(inputs, folder, *block_).look_into(inputs, *block_, *reference_, want);
+    const std::string folder = keep_inputs(inputs, result);
+    const Failure failure = look_into(inputs, folder, *block_, *reference_, want);
     if (!failure.stage.empty())
         result.stage = failure.stage;
     if (result.kind.empty())
@@ -198,7 +189,8 @@ void CaseRunner::keep_least(const Inputs &inputs, const OutputSums &want, const 
         }
     });
     restart_case_time();
-    KeptCase(least, folder, *block_).look_into(least, *block_, reference, reference.make(least));
+    keep_case(least, folder, *block_);
+    look_into(least, folder, *block_, reference, reference.make(least));
 }
 
 } // namespace cfatool

@@ -46,14 +46,14 @@ class CaseRunner {
 
   private:
     void make_reference();
+    std::optional<size_t> own_index(std::string_view name) const;
     void remember(const Result &result);
     void finish(Result &result);
     Sum key_of(const Inputs &inputs) const;
     bool is_known(const Case &c, const Sum &key);
     void judge_case(const Inputs &inputs, Result &result);
     bool may_keep(std::atomic<uint64_t> &kept) const;
-    std::string kept_folder(const std::string &name) const;
-    void keep_inputs(const Inputs &inputs, Result &result);
+    std::string keep_inputs(const Inputs &inputs, Result &result);
     void keep_failure(const Inputs &inputs, const OutputSums &want, Result &result);
     void keep_least(const Inputs &inputs, const OutputSums &want, const std::string &folder);
 

@@ -1,7 +1,7 @@
 #include "tools/cfatool/regress/failure.h"
 
 #include <filesystem>
-#include <fmt/core.h>
+#include <fmt/format.h>
 
 #include "cmodel/common/error.h"
 #include "tools/cfatool/base/files.h"
@@ -34,10 +34,7 @@ bool fill(OutputMaker &maker, const Inputs &inputs, const std::string &folder) {
 }
 
 std::string joined(const std::vector<std::string> &texts, const char *between) {
-    std::string all;
-    for (const std::string &text : texts)
-        all += (all.empty() ? "" : between) + text;
-    return all;
+    return fmt::format("{}", fmt::join(texts, between));
 }
 
 Failure judged(const std::string &got, const std::string &want, const Inputs &inputs) {
@@ -70,8 +67,7 @@ std::string first_output(const OutputSums &got, const OutputSums &want) {
     return OUTPUT_FILES[0];
 }
 
-KeptCase::KeptCase(const Inputs &inputs, const std::string &folder, const OutputMaker &block)
-    : folder_(folder) {
+void keep_case(const Inputs &inputs, const std::string &folder, const OutputMaker &block) {
     fs::remove_all(folder);
     fs::create_directories(folder);
     write_inputs(inputs, folder);
@@ -89,9 +85,9 @@ KeptCase::KeptCase(const Inputs &inputs, const std::string &folder, const Output
                     fs::perm_options::add);
 }
 
-Failure KeptCase::look_into(const Inputs &inputs, OutputMaker &block, OutputMaker &reference,
-                            const OutputSums &wanted) {
-    const std::string got = folder_ + "/got", want = folder_ + "/want";
+Failure look_into(const Inputs &inputs, const std::string &folder, OutputMaker &block, OutputMaker &reference,
+                  const OutputSums &wanted) {
+    const std::string got = folder + "/got", want = folder + "/want";
     fill(block, inputs, got);
     if (!fill(reference, inputs, want)) { // sums alone: the model may have the pictures to them
         const auto model = make_whole_plane_model();
@@ -99,7 +95,7 @@ Failure KeptCase::look_into(const Inputs &inputs, OutputMaker &block, OutputMake
             fill(*model, inputs, want);
     }
     Failure failure = judged(got, want, inputs);
-    write_whole_file(folder_ + "/difference.txt",
+    write_whole_file(folder + "/difference.txt",
                      failure.stage + "\n" + failure.kind + "\n" + failure.text + "\n");
     return failure;
 }

@@ -12,20 +12,14 @@ struct Failure {
     std::string stage, kind, text;
 };
 
-/// Fills a new folder for a case: inputs, `again` (a script that runs it), and, where the block makes outputs
-/// at all, got/ and want/ with outputs and debug images, and difference.txt. What cannot be had is left out.
-class KeptCase {
-  public:
-    /// Throws Trouble.
-    KeptCase(const Inputs &inputs, const std::string &folder, const OutputMaker &block);
+/// Makes a new folder for a case: inputs, a plan of it alone, and `again`, a script that runs it. Throws
+/// Trouble.
+void keep_case(const Inputs &inputs, const std::string &folder, const OutputMaker &block);
 
-    /// Compares the two sides. `wanted` are the reference's sums.
-    Failure look_into(const Inputs &inputs, OutputMaker &block, OutputMaker &reference,
-                      const OutputSums &wanted);
-
-  private:
-    std::string folder_;
-};
+/// Adds got/ and want/ with outputs and debug images to the folder, compares them, and says in difference.txt
+/// what it found. What cannot be had is left out. `wanted` are the reference's sums. Throws Trouble.
+Failure look_into(const Inputs &inputs, const std::string &folder, OutputMaker &block, OutputMaker &reference,
+                  const OutputSums &wanted);
 
 /// The first output that differs: "out_dc.ppm".
 std::string first_output(const OutputSums &got, const OutputSums &want);

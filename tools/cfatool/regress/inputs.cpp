@@ -7,7 +7,6 @@
 #include "cmodel/cfa/src/kit/in_force.h"
 #include "cmodel/common/ppm.h"
 #include "tools/cfatool/base/files.h"
-#include "tools/cfatool/base/numbers.h"
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/random/drawn_case.h"
 #include "tools/cfatool/runs/run_maker.h"
@@ -26,17 +25,9 @@ cfa::FramePtr drawn_mosaic(const std::string &text) {
     return nullptr;
 }
 
-void set(Registers &registers, const std::string &key, const std::string &value) {
-    const FoundRegister found = find_register(registers, key);
-    if (found.info == nullptr)
-        throw Trouble(fmt::format("no register '{}'", key));
-    const int64_t low = cfa::register_min(found.info->bits, found.info->is_signed);
-    const int64_t high = cfa::register_max(found.info->bits, found.info->is_signed);
-    const bool negative = value.starts_with('-');
-    const int64_t number = parse_decimal(value.substr(negative), key, 0, int64_t{1} << 32);
-    if (const int64_t v = negative ? -number : number; low <= v && v <= high)
-        return found.info->store(*found.where.part, static_cast<int32_t>(v));
-    throw Trouble(fmt::format("{}: {} does not fit {}", key, value, width_text(*found.info)));
+void set(Registers &registers, const std::string &setting) {
+    const auto [to, value] = parse_setting(registers, setting);
+    to.info->store(*to.where.part, value);
 }
 
 bool tells_the_id(const Registers &registers) {
@@ -46,26 +37,20 @@ bool tells_the_id(const Registers &registers) {
 
 std::shared_ptr<const Registers> load_registers(const Case &c) {
     const auto registers = std::make_shared<Registers>();
-    bool id_told = c.bayer != "-";
     if (const auto random = drawn_seed(c.registers, "random")) {
         draw_registers(*random, registers->block, registers->top);
-        id_told = true;
     } else if (const auto limits = drawn_seed(c.registers, "limits")) {
         draw_at_limits(*limits, registers->block, registers->top);
-        id_told = true;
     } else if (c.registers != "-") {
         registers->load(c.registers);
-        id_told = id_told || tells_the_id(*registers);
+        if (c.bayer == "-" && !tells_the_id(*registers))
+            throw Trouble(c.registers + ": does not say the pattern id, nor does the plan");
     }
-    if (!id_told)
-        throw Trouble(c.registers + ": does not say the pattern id, nor does the plan");
     if (c.bayer != "-")
-        set(*registers, "reg_img_bayerid", c.bayer);
+        set(*registers, "reg_img_bayerid=" + c.bayer);
     std::istringstream settings(c.settings);
-    for (std::string setting; settings >> setting;) {
-        const size_t equals = std::min(setting.find('='), setting.size());
-        set(*registers, setting.substr(0, equals), setting.substr(std::min(equals + 1, setting.size())));
-    }
+    for (std::string setting; settings >> setting;)
+        set(*registers, setting);
     return registers;
 }
 
@@ -92,8 +77,7 @@ std::shared_ptr<Mosaic> Mosaic::from_file(const std::string &path) {
     if (header.bit_depth >= 1 && header.bit_depth <= 16 && cfa::frame_size_ok(width, height, 3))
         mosaic->words_.emplace(header);
     if (mosaic->words_ && mosaic->words_->read(reader)) {
-        Summer summer;
-        summer.add(cfa::ppm_header_text('5', width, height, header.bit_depth));
+        Summer summer = Summer::of_picture(1, header.width, header.height, header.bit_depth);
         summer.add(mosaic->words_->row<uint8_t>(0), mosaic->words_->size());
         mosaic->sum_ = summer.sum();
     } else {

@@ -35,7 +35,8 @@ std::unique_ptr<OutputMaker> make_own_block();
 std::unique_ptr<OutputMaker> make_whole_plane_model();
 
 /// A program that takes the ten arguments, or a command line for the shell with {raw}, {ini}, {top}, {rgb},
-/// {dc}, {gain}, {log}, {debug}, {dbg} and {folder} in it. Runs in a folder of `scratch`.
+/// {dc}, {gain}, {log}, {debug}, {dbg} and {folder} in it. Its files stand in
+/// `scratch`, in a folder of the process.
 std::unique_ptr<OutputMaker> make_program(const std::string &command, const std::string &scratch);
 
 /// Outputs in FOLDER/CASE.

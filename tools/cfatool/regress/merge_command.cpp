@@ -31,17 +31,9 @@ void print_cases(const std::vector<size_t> &cases, const Merged &merged) {
 
 void print_summary(const Merged &merged) {
     for (const Merged::Bucket &bucket : merged.buckets()) {
-        std::cout << fmt::format("fail, {}{}{}: {}\n", bucket.stage, bucket.kind.empty() ? "" : ", ",
-                                 bucket.kind, cases_text(bucket.cases.size()));
+        std::cout << fmt::format("{}: {}\n", bucket.name, cases_text(bucket.cases.size()));
         print_cases(bucket.cases, merged);
     }
-    std::vector<size_t> errors;
-    for (const auto &[index, result] : merged.bad())
-        if (result.status == Result::Status::error)
-            errors.push_back(index);
-    if (!errors.empty())
-        std::cout << fmt::format("error: {}\n", cases_text(errors.size()));
-    print_cases(errors, merged);
     if (merged.foreign() > 0)
         std::cout << fmt::format("{} results of cases that are not in the plan\n", merged.foreign());
     std::cout << counts_text(merged.counts()) << "\n";

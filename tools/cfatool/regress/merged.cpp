@@ -54,15 +54,20 @@ const Result *Merged::bad(size_t index) const {
 }
 
 std::vector<Merged::Bucket> Merged::buckets() const {
-    std::map<std::pair<std::string, std::string>, std::vector<size_t>> found;
+    std::map<std::string, std::vector<size_t>> found;
+    Bucket errors{"error", {}};
     for (const auto &[index, result] : bad_)
-        if (result.status == Result::Status::fail)
-            found[{result.stage, result.kind}].push_back(index);
+        if (result.status == Result::Status::error)
+            errors.cases.push_back(index);
+        else
+            found["fail, " + result.stage + (result.kind.empty() ? "" : ", ") + result.kind].push_back(index);
     std::vector<Bucket> buckets;
     for (auto &[name, cases] : found)
-        buckets.push_back({name.first, name.second, std::move(cases)});
-    std::stable_sort(buckets.begin(), buckets.end(),
-                     [](const Bucket &a, const Bucket &b) { return a.cases.size() > b.cases.size(); });
+        buckets.push_back({name, std::move(cases)});
+    std::ranges::stable_sort(buckets, std::greater(),
+                             [](const Bucket &bucket) { return bucket.cases.size(); });
+    if (!errors.cases.empty())
+        buckets.push_back(std::move(errors));
     return buckets;
 }
 

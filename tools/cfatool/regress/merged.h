@@ -36,9 +36,10 @@ class Merged {
     uint64_t foreign() const { return foreign_; } // results of cases that are not in the plan
     double seconds() const { return seconds_; }   // that the cases took, taken together
 
-    /// Cases that fail, by first stage and kind of difference; those with most cases first.
+    /// Cases that fail, "fail, STAGE, KIND OF DIFFERENCE", those with most cases first; then the errors,
+    /// "error".
     struct Bucket {
-        std::string stage, kind;
+        std::string name;
         std::vector<size_t> cases;
     };
     std::vector<Bucket> buckets() const;

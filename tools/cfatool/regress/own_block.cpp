@@ -34,12 +34,8 @@ template <class Word, class Sample> class SummingSink : public cfa::RowSink<Samp
   public:
     explicit SummingSink(const cfa::PpmHeader &header)
         : width_(header.width), words_(3 * static_cast<size_t>(header.width)) {
-        for (size_t i = 0; i < summers_.size(); ++i) {
-            const std::string text =
-                cfa::ppm_header_text(i == 0 ? '6' : '5', static_cast<uint32_t>(header.width),
-                                     static_cast<uint32_t>(header.height), header.bit_depth);
-            summers_[i].add(text.data(), text.size());
-        }
+        for (size_t i = 0; i < summers_.size(); ++i)
+            summers_[i] = Summer::of_picture(i == 0 ? 3 : 1, width_, header.height, header.bit_depth);
     }
     void rgb(int, Row red, Row green, Row blue) override {
         cfa::join_words(red, green, blue, width_, words_.data());
@@ -79,10 +75,8 @@ OutputSums sums_of_words(cfa::WordStore &store) {
 
 Sum sum_of_frame(const FRAME *frame) {
     const int bytes = cfa::ppm_sample_bytes(frame->bit_depth);
-    Summer summer;
-    const std::string header =
-        cfa::ppm_header_text(frame->channels == 3 ? '6' : '5', frame->width, frame->height, frame->bit_depth);
-    summer.add(header.data(), header.size());
+    Summer summer = Summer::of_picture(static_cast<int>(frame->channels), cfa::width_of(frame),
+                                       cfa::height_of(frame), frame->bit_depth);
     const size_t row = static_cast<size_t>(frame->width) * frame->channels;
     std::vector<uint8_t> packed(row * static_cast<size_t>(bytes));
     for (uint32_t y = 0; y < frame->height; ++y) {

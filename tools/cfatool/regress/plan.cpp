@@ -16,32 +16,14 @@ namespace {
 
 constexpr size_t FIELDS = 4, MOST_FIELDS = 5;
 
-std::vector<std::string_view> fields_of(std::string_view line) {
-    std::vector<std::string_view> fields;
-    for (size_t start = 0; start <= line.size();) {
-        const size_t end = std::min(line.find('\t', start), line.size());
-        fields.push_back(line.substr(start, end - start));
-        start = end + 1;
-    }
-    return fields;
-}
-
 bool is_drawn(std::string_view text) {
-    for (const std::string_view kind : {"random:", "limits:", "large:"})
-        if (text.starts_with(kind))
-            return true;
-    return false;
+    return text.starts_with("random:") || text.starts_with("limits:") || text.starts_with("large:");
 }
 
 bool is_case_name(std::string_view name) {
-    for (size_t start = 0; start <= name.size();) {
-        const size_t end = std::min(name.find('/', start), name.size());
-        const std::string_view part = name.substr(start, end - start);
-        if (part.empty() || part == "." || part == "..")
-            return false;
-        start = end + 1;
-    }
-    return true;
+    return std::ranges::none_of(parts_of(name, '/'), [](std::string_view part) {
+        return part.empty() || part == "." || part == "..";
+    });
 }
 
 bool is_id(std::string_view text) {
@@ -55,6 +37,16 @@ uint64_t hash_of(std::string_view name) {
 }
 
 } // namespace
+
+std::vector<std::string_view> parts_of(std::string_view text, char separator) {
+    std::vector<std::string_view> parts;
+    for (size_t start = 0; start <= text.size();) {
+        const size_t end = std::min(text.find(separator, start), text.size());
+        parts.push_back(text.substr(start, end - start));
+        start = end + 1;
+    }
+    return parts;
+}
 
 std::string plan_line(const Case &c) {
     return c.name + "\t" + c.raw + "\t" + c.registers + "\t" + c.bayer +
@@ -105,7 +97,7 @@ Plan::~Plan() {
 }
 
 void Plan::check_line(std::string_view line, size_t number) const {
-    const std::vector<std::string_view> fields = fields_of(line);
+    const std::vector<std::string_view> fields = parts_of(line, '\t');
     const auto trouble = [&](const std::string &what) {
         return Trouble(fmt::format("{}:{}: {}", path_, number, what));
     };
@@ -140,7 +132,7 @@ std::string_view Plan::name(size_t index) const {
 }
 
 Case Plan::at(size_t index) const {
-    const std::vector<std::string_view> fields = fields_of(line(index));
+    const std::vector<std::string_view> fields = parts_of(line(index), '\t');
     const auto path = [this](std::string_view text) {
         const bool from_folder = !folder_.empty() && text != "-" && !is_drawn(text) && !text.starts_with('/');
         return (from_folder ? folder_ + "/" : std::string()) + std::string(text);

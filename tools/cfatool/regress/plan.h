@@ -23,6 +23,9 @@ struct Case {
     std::string name, raw, registers, bayer, settings;
 };
 
+/// The parts of a text between separators; one more than there are separators.
+std::vector<std::string_view> parts_of(std::string_view text, char separator);
+
 /// The line of a case, with its line feed.
 std::string plan_line(const Case &c);
 

@@ -6,7 +6,6 @@
 #include <iostream>
 #include <memory>
 #include <set>
-#include <sstream>
 
 #include "tools/cfatool/base/files.h"
 #include "tools/cfatool/base/trouble.h"
@@ -71,14 +70,6 @@ std::vector<Named> files_of(const Texts &arguments, const std::set<std::string> 
     return all;
 }
 
-Texts split(const std::string &text, char separator) {
-    Texts parts;
-    std::istringstream stream(text);
-    for (std::string part; std::getline(stream, part, separator);)
-        parts.push_back(part);
-    return parts;
-}
-
 /// Every way to take one value of each "key=1,2,3".
 Texts variations(const Texts &settings) {
     Texts all = {""};
@@ -88,9 +79,9 @@ Texts variations(const Texts &settings) {
             throw UsageTrouble("--set: '" + setting + "' is not of the form key=value,value");
         Texts longer;
         for (const std::string &before : all)
-            for (const std::string &value : split(setting.substr(equals + 1), ','))
-                longer.push_back(before + (before.empty() ? "" : " ") + setting.substr(0, equals + 1) +
-                                 value);
+            for (const std::string_view value : parts_of(std::string_view(setting).substr(equals + 1), ','))
+                longer.push_back(fmt::format("{}{}{}{}", before, before.empty() ? "" : " ",
+                                             setting.substr(0, equals + 1), value));
         all = longer;
     }
     return all;
@@ -103,12 +94,13 @@ std::string from_plan(const std::string &path, const std::string &plan) {
     return fs::proximate(path, fs::absolute(plan).parent_path()).string();
 }
 
+/// "reg_cfa_vw_thd=1 reg_img_bayerid=2" gives "/vw_thd=1/reg_img_bayerid=2".
 std::string name_of_settings(const std::string &settings) {
+    constexpr std::string_view PREFIX = "reg_cfa_";
     std::string name;
-    for (const std::string &setting : split(settings, ' ')) {
-        const std::string prefix = "reg_cfa_";
-        name += "/" + (setting.starts_with(prefix) ? setting.substr(prefix.size()) : setting);
-    }
+    for (const std::string_view setting : parts_of(settings, ' '))
+        if (!setting.empty())
+            name.append("/").append(setting.substr(setting.starts_with(PREFIX) ? PREFIX.size() : 0));
     return name;
 }
 
@@ -121,9 +113,10 @@ void add_products(const PlanOptions &options, std::string &text) {
     for (const Named &picture : pictures)
         for (const Named &file : registers)
             for (const std::string &settings : variations(options.settings))
-                for (const std::string &id : split(options.ids, ',')) {
-                    std::string name = picture.name + (file.name.empty() ? "" : "/" + file.name) +
-                                       name_of_settings(settings) + (id == "-" ? "" : "/id" + id);
+                for (const std::string_view part : parts_of(options.ids, ',')) {
+                    const std::string id(part);
+                    const std::string name = picture.name + (file.name.empty() ? "" : "/" + file.name) +
+                                             name_of_settings(settings) + (id == "-" ? "" : "/id" + id);
                     text += plan_line({name, from_plan(picture.path, options.out),
                                        from_plan(file.path, options.out), id, settings});
                 }

@@ -32,12 +32,11 @@ std::string command_line(const std::string &command, const std::string &folder, 
             line.replace(at, word.size(), by);
     };
     constexpr const char *FILES[][2] = {
-        {"{ini}", "cfa.ini"},   {"{top}", "cmodel_top.ini"}, {"{raw}", "raw.ppm"}, {"{rgb}", "out.ppm"},
-        {"{dc}", "out_dc.ppm"}, {"{gain}", "out_sg.ppm"},    {"{log}", "cfa.log"}};
+        {"{ini}", "/cfa.ini"},   {"{top}", "/cmodel_top.ini"}, {"{raw}", "/raw.ppm"}, {"{rgb}", "/out.ppm"},
+        {"{dc}", "/out_dc.ppm"}, {"{gain}", "/out_sg.ppm"},    {"{log}", "/cfa.log"}, {"{dbg}", ""},
+        {"{folder}", ""}};
     for (const auto &[word, file] : FILES)
-        replace(word, quoted(folder + "/" + file));
-    replace("{dbg}", quoted(folder));
-    replace("{folder}", quoted(folder));
+        replace(word, quoted(folder + file));
     replace("{debug}", debug ? "1" : "0");
     return line;
 }
@@ -52,11 +51,6 @@ std::string command_line(const std::string &command, const std::string &folder, 
     dup2(said, 2);
     execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
     _exit(127);
-}
-
-OutputSums sums_in(const std::string &folder) {
-    const auto sum = [&](const char *file) { return sum_of_picture(folder + "/" + file); };
-    return {sum(OUTPUT_FILES[0]), sum(OUTPUT_FILES[1]), sum(OUTPUT_FILES[2])};
 }
 
 class Program : public OutputMaker {
@@ -77,11 +71,11 @@ class Program : public OutputMaker {
     Sum identity(const Case &) const override { return identity_; }
 
     OutputSums make(const Inputs &inputs) override {
-        const std::string folder = scratch_ + "/program";
+        const std::string folder = fmt::format("{}/{}", scratch_, getpid());
         fs::create_directories(folder);
         run(inputs, folder, false);
         try {
-            return sums_in(folder);
+            return sums_of_outputs(folder);
         } catch (const Trouble &error) { // without the name of the scratch folder
             throw Trouble(std::string(error.what()).substr(folder.size() + 1));
         }
@@ -122,68 +116,10 @@ class Program : public OutputMaker {
     Sum identity_;
 };
 
-/// Folders of outputs, and recorded sums.
-class Folders : public OutputMaker {
-  public:
-    explicit Folders(std::string folder) : folder_(std::move(folder)) {}
-
-    Sum identity(const Case &c) const override {
-        Summer summer;
-        for (const Sum &sum : sums_in(folder_ + "/" + c.name))
-            summer.add(sum);
-        return summer.sum();
-    }
-    OutputSums make(const Inputs &inputs) override { return sums_in(folder_ + "/" + inputs.from.name); }
-    bool make_files(const Inputs &inputs, const std::string &folder, bool) override {
-        fs::copy(folder_ + "/" + inputs.from.name, folder,
-                 fs::copy_options::recursive | fs::copy_options::overwrite_existing);
-        return true;
-    }
-    bool takes_any_inputs() const override { return false; }
-
-  private:
-    std::string path(const Case &c, const char *file) const { return folder_ + "/" + c.name + "/" + file; }
-
-    std::string folder_;
-};
-
-class Recorded : public OutputMaker {
-  public:
-    explicit Recorded(RecordedSums sums) : sums_(std::move(sums)) {}
-
-    Sum identity(const Case &c) const override {
-        Summer summer;
-        for (const Sum &sum : sums_of(c))
-            summer.add(sum);
-        return summer.sum();
-    }
-    OutputSums make(const Inputs &inputs) override { return sums_of(inputs.from); }
-    bool make_files(const Inputs &, const std::string &, bool) override { return false; }
-    bool takes_any_inputs() const override { return false; }
-
-  private:
-    const OutputSums &sums_of(const Case &c) const {
-        const auto found = sums_.find(c.name);
-        if (found == sums_.end())
-            throw Trouble("no sums are recorded");
-        return found->second;
-    }
-
-    RecordedSums sums_;
-};
-
 } // namespace
 
 std::unique_ptr<OutputMaker> make_program(const std::string &command, const std::string &scratch) {
     return std::make_unique<Program>(command, scratch);
-}
-
-std::unique_ptr<OutputMaker> make_folders(const std::string &folder) {
-    return std::make_unique<Folders>(folder);
-}
-
-std::unique_ptr<OutputMaker> make_recorded(RecordedSums sums) {
-    return std::make_unique<Recorded>(std::move(sums));
 }
 
 } // namespace cfatool

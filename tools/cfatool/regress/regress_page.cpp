@@ -69,11 +69,11 @@ class Rows {
         if (!result.kept.empty())
             name = link(result.kept, name);
         std::string text = html_text(result.text);
-        for (const char *more : {"/page/index.html", "/difference.txt", "/least"})
-            if (!result.kept.empty() && std::filesystem::exists(results_ + "/" + result.kept + more))
-                text += " " + link(result.kept + more, std::string(more) == "/least"            ? "least case"
-                                                       : std::string(more) == "/difference.txt" ? "difference"
-                                                                                                : "page");
+        for (const auto &[file, called] : {std::pair{"/page/index.html", "page"},
+                                           {"/difference.txt", "difference"},
+                                           {"/least", "least case"}})
+            if (!result.kept.empty() && std::filesystem::exists(results_ + "/" + result.kept + file))
+                text += " " + link(result.kept + file, called);
         return "<tr><td>" + name + "</td><td>" + text + "</td></tr>\n";
     }
 
@@ -86,7 +86,7 @@ class Rows {
     std::filesystem::path link_;
 };
 
-template <class Cases> std::string table(const Cases &cases, const Merged &merged, const Rows &rows) {
+std::string table(const std::vector<size_t> &cases, const Merged &merged, const Rows &rows) {
     std::string text = "<table>\n";
     size_t shown = 0;
     for (const bool kept : {true, false}) // those that one can look at come first
@@ -130,18 +130,9 @@ void write_page(const Plan &plan, const Merged &merged, const std::string &resul
     const Rows rows(results, path);
     std::string page = HEAD + counts_section(counts, merged);
     for (const Merged::Bucket &bucket : merged.buckets())
-        page +=
-            fmt::format("<section><h2 class=\"wrong\">{}{}{} <small>{}</small></h2>", html_text(bucket.stage),
-                        bucket.kind.empty() ? "" : ": ", html_text(bucket.kind), bucket.cases.size()) +
-            table(bucket.cases, merged, rows) + "</section>\n";
-    std::vector<size_t> errors;
-    for (const auto &[index, result] : merged.bad())
-        if (result.status == Result::Status::error)
-            errors.push_back(index);
-    if (!errors.empty())
-        page += fmt::format("<section><h2 class=\"wrong\">Errors <small>{}</small></h2>",
-                            cases_text(errors.size())) +
-                table(errors, merged, rows) + "</section>\n";
+        page += fmt::format("<section><h2 class=\"wrong\">{} <small>{}</small></h2>", html_text(bucket.name),
+                            cases_text(bucket.cases.size())) +
+                table(bucket.cases, merged, rows) + "</section>\n";
     if (counts.all_pass())
         page += fmt::format("<section><p class=\"good\">All {} cases pass.</p></section>\n", plan.size());
     write_whole_file(path, page + "</body></html>\n");

@@ -1,6 +1,7 @@
 #include "tools/cfatool/regress/results.h"
 
 #include <chrono>
+#include <cmath>
 #include <filesystem>
 #include <fmt/core.h>
 #include <fstream>
@@ -21,6 +22,13 @@ std::string host_name() {
     return name;
 }
 
+constexpr std::pair<const char *, std::string Result::*> TEXTS[] = {
+    {"stage", &Result::stage}, {"kind", &Result::kind}, {"text", &Result::text}, {"kept", &Result::kept}};
+
+const char *status_text(Status status) {
+    return status == Status::pass ? "pass" : status == Status::fail ? "fail" : "error";
+}
+
 /// The name at the start of a line, unless it must be parsed for it.
 std::optional<std::string_view> name_of(std::string_view line) {
     constexpr std::string_view START = R"({"case":")";
@@ -33,7 +41,6 @@ std::optional<std::string_view> name_of(std::string_view line) {
 
 Result parsed(const std::string &line) {
     const Json json = Json::parse(line);
-    const auto text = [&json](const char *member) { return json.value(member, std::string()); };
     Result result;
     result.name = json.at("case");
     const std::string status = json.at("result");
@@ -42,21 +49,13 @@ Result parsed(const std::string &line) {
     result.at = json.at("at");
     result.ms = json.at("ms");
     if (json.contains("sums"))
-        result.sums = {read_sum(json["sums"][0].get<std::string>()),
-                       read_sum(json["sums"][1].get<std::string>()),
-                       read_sum(json["sums"][2].get<std::string>())};
-    result.stage = text("stage");
-    result.kind = text("kind");
-    result.text = text("text");
-    result.kept = text("kept");
+        result.sums = read_sums(json["sums"].get<std::string>());
+    for (const auto &[name, text] : TEXTS)
+        result.*text = json.value(name, "");
     return result;
 }
 
 } // namespace
-
-const char *status_text(Status status) {
-    return status == Status::pass ? "pass" : status == Status::fail ? "fail" : "error";
-}
 
 int64_t milliseconds_now() {
     using namespace std::chrono;
@@ -72,21 +71,17 @@ void ResultFile::add(const Result &result) {
         stream_.reset(std::fopen(path_.c_str(), "wbx"));
     if (!stream_)
         throw errno_trouble(path_);
-    std::string line =
-        fmt::format(R"({{"case":{},"result":"{}","key":"{}","at":{},"ms":{:.3f})", json_text(result.name),
-                    status_text(result.status), sum_text(result.key), result.at, result.ms);
+    Json json = {{"case", result.name},
+                 {"result", status_text(result.status)},
+                 {"key", sum_text(result.key)},
+                 {"at", result.at},
+                 {"ms", std::round(result.ms * 1000) / 1000}};
     if (result.sums)
-        line += fmt::format(R"(,"sums":["{}","{}","{}"])", sum_text((*result.sums)[0]),
-                            sum_text((*result.sums)[1]), sum_text((*result.sums)[2]));
-    const auto member = [&line](const char *name, const std::string &text) {
-        if (!text.empty())
-            line += fmt::format(R"(,"{}":{})", name, json_text(text));
-    };
-    member("stage", result.stage);
-    member("kind", result.kind);
-    member("text", result.text);
-    member("kept", result.kept);
-    line += "}\n";
+        json["sums"] = sums_text(*result.sums);
+    for (const auto &[name, text] : TEXTS)
+        if (!(result.*text).empty())
+            json[name] = result.*text;
+    const std::string line = json_text(json) + "\n";
     if (std::fwrite(line.data(), 1, line.size(), stream_.get()) != line.size() ||
         std::fflush(stream_.get()) != 0)
         throw errno_trouble(path_);
@@ -107,6 +102,7 @@ void read_results(const std::string &folder, const std::function<bool(std::strin
             try {
                 take(parsed(line));
             } catch (const Json::exception &) { // a line that a killed process left unfinished
+            } catch (const Trouble &) {         // or an odd sum
             }
         }
     }

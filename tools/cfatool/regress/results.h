@@ -26,8 +26,6 @@ struct Result {
     std::string kept;               // folder below the results, empty if nothing was kept
 };
 
-const char *status_text(Result::Status status);
-
 /// The file of one process. It appears with its first line, and every line is in it when add() returns.
 class ResultFile {
   public:

@@ -17,6 +17,8 @@
 namespace cfatool {
 namespace {
 
+constexpr size_t SUMS_LENGTH = 98;
+
 XXH3_state_t *state_of(const std::shared_ptr<void> &state) {
     return static_cast<XXH3_state_t *>(state.get());
 }
@@ -57,6 +59,14 @@ Sum Summer::sum() const {
     return {hash.high64, hash.low64};
 }
 
+Summer Summer::of_picture(int channels, int width, int height, uint32_t bit_depth) {
+    const std::string header = cfa::ppm_header_text(channels == 3 ? '6' : '5', static_cast<uint32_t>(width),
+                                                    static_cast<uint32_t>(height), bit_depth);
+    Summer summer;
+    summer.add(header.data(), header.size());
+    return summer;
+}
+
 Sum sum_of_text(std::string_view text) {
     const XXH128_hash_t hash = XXH3_128bits(text.data(), text.size());
     return {hash.high64, hash.low64};
@@ -74,14 +84,21 @@ Sum sum_of_file(const std::string &path) {
     return summer.sum();
 }
 
+std::string sums_text(const OutputSums &sums) {
+    return sum_text(sums[0]) + " " + sum_text(sums[1]) + " " + sum_text(sums[2]);
+}
+
+OutputSums read_sums(std::string_view text) {
+    if (text.size() != SUMS_LENGTH || text[32] != ' ' || text[65] != ' ')
+        throw Trouble(fmt::format("'{}' is not three sums", text));
+    return {read_sum(text.substr(0, 32)), read_sum(text.substr(33, 32)), read_sum(text.substr(66))};
+}
+
 Sum sum_of_picture(const std::string &path) {
     const PlaneFile file(path);
     const PlaneForm &form = file.form();
-    Summer summer;
-    const std::string header = cfa::ppm_header_text(
-        form.channels == 3 ? '6' : '5', static_cast<uint32_t>(form.width), static_cast<uint32_t>(form.height),
-        static_cast<uint32_t>(std::bit_width(form.max)));
-    summer.add(header.data(), header.size());
+    Summer summer = Summer::of_picture(form.channels, form.width, form.height,
+                                       static_cast<uint32_t>(std::bit_width(form.max)));
     const int rows = static_cast<int>(std::max<size_t>(1, (1 << 18) / std::max<size_t>(1, form.row_bytes())));
     std::vector<uint8_t> block(form.row_bytes() * static_cast<size_t>(rows));
     for (int y = 0; y < form.height; y += rows) {
@@ -90,6 +107,11 @@ Sum sum_of_picture(const std::string &path) {
         summer.add(block.data(), form.row_bytes() * static_cast<size_t>(count));
     }
     return summer.sum();
+}
+
+OutputSums sums_of_outputs(const std::string &folder) {
+    const auto sum = [&folder](const char *file) { return sum_of_picture(folder + "/" + file); };
+    return {sum(OUTPUT_FILES[0]), sum(OUTPUT_FILES[1]), sum(OUTPUT_FILES[2])};
 }
 
 RecordedSums read_recorded_sums(const std::string &path,
@@ -101,19 +123,17 @@ RecordedSums read_recorded_sums(const std::string &path,
     size_t number = 0;
     for (std::string line; std::getline(lines, line);) {
         ++number;
-        if (line.size() < 100 || line[32] != ' ' || line[65] != ' ' || line[98] != '\t')
+        const size_t tab = line.find('\t');
+        if (tab != SUMS_LENGTH)
             throw file_trouble(path, fmt::format("line {} is not three sums and a case", number));
-        if (!wanted(line.substr(99)))
-            continue;
-        const std::string_view text = line;
-        sums[line.substr(99)] = {read_sum(text.substr(0, 32)), read_sum(text.substr(33, 32)),
-                                 read_sum(text.substr(66, 32))};
+        if (const std::string name = line.substr(tab + 1); wanted(name))
+            sums[name] = read_sums(std::string_view(line).substr(0, tab));
     }
     return sums;
 }
 
 std::string recorded_sums_line(const std::string &name, const OutputSums &sums) {
-    return sum_text(sums[0]) + " " + sum_text(sums[1]) + " " + sum_text(sums[2]) + "\t" + name + "\n";
+    return sums_text(sums) + "\t" + name + "\n";
 }
 
 } // namespace cfatool

@@ -29,6 +29,9 @@ class Summer {
     void add(std::string_view text); // and its length
     Sum sum() const;
 
+    /// Begins with the header that cfa_cmodel writes; channels are 1 or 3.
+    static Summer of_picture(int channels, int width, int height, uint32_t bit_depth);
+
   private:
     std::shared_ptr<void> state_;
 };
@@ -44,8 +47,15 @@ inline constexpr const char *OUTPUT_FILES[] = {"out.ppm", "out_dc.ppm", "out_sg.
 /// One sum an output, of the file that cfa_cmodel writes.
 using OutputSums = std::array<Sum, 3>;
 
+/// The three with a blank between, and back. Throws Trouble for any other text.
+std::string sums_text(const OutputSums &sums);
+OutputSums read_sums(std::string_view text);
+
 /// The sum of a picture file as if cfa_cmodel had written its header. Throws Trouble.
 Sum sum_of_picture(const std::string &path);
+
+/// The sums of OUTPUT_FILES in a folder. Throws Trouble.
+OutputSums sums_of_outputs(const std::string &folder);
 
 /// Recorded sums by case name: lines "RGB DC GAIN<tab>CASE". Those that are not wanted are passed over.
 /// Throws Trouble.
