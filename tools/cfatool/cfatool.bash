@@ -12,7 +12,7 @@ _cfatool_options() {
     hex) echo --crop -o --back --bits --colour ;;
     crop) echo --around -o ;;
     "regress plan") echo --pictures --registers --set --bayer --random --seed -o ;;
-    "regress run") echo -o --against --sums --expect --record --tool --jobs --shard --limit --keep --minimise ;;
+    "regress run") echo -o --against --sums --expect --record --tool --jobs --shard --limit --keep --look --minimise ;;
     "regress merge") echo --junit --page --record ;;
     "regs defaults") echo -o ;;
     "regs check") echo --unset --json ;;

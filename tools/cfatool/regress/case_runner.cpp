@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fmt/core.h>
 #include <new>
+#include <unistd.h>
 
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/regress/failure.h"
@@ -15,6 +16,21 @@ namespace cfatool {
 
 namespace fs = std::filesystem;
 using Status = Result::Status;
+
+namespace {
+
+constexpr const char *DIFFERS = "differs";
+constexpr int64_t LIMITS_FOR_LEAST = 10; // that making a case small may take
+
+std::string text_of(const std::exception &error) {
+    return dynamic_cast<const std::bad_alloc *>(&error) != nullptr ? "not enough memory" : error.what();
+}
+
+bool one_more(std::atomic<uint64_t> &count, int64_t most) {
+    return count++ < static_cast<uint64_t>(most);
+}
+
+} // namespace
 
 CaseRunner::CaseRunner(const RunOptions &options, const Plan &plan, const Shard &shard, Counts &counts)
     : options_(options), plan_(plan), shard_(shard), counts_(counts) {
@@ -72,14 +88,11 @@ void CaseRunner::run_case(const Case &c) {
         if (is_known(c, result.key))
             return;
         judge_case(*inputs, result);
-    } catch (const std::bad_alloc &) {
-        result.status = Status::error;
-        result.text = "not enough memory";
     } catch (const std::exception &error) {
         result.status = Status::error;
-        result.text = error.what();
+        result.text = text_of(error);
     }
-    if (result.status == Status::error && inputs && may_keep(counts_.kept_error))
+    if (result.status == Status::error && inputs && one_more(counts_.kept_error, options_.keep))
         keep_inputs(*inputs, result);
     result.ms = std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
     finish(result);
@@ -99,7 +112,7 @@ void CaseRunner::lose_case(const Case &c, const std::string &reason) {
     if (!results_)
         results_ = std::make_unique<ResultFile>(options_.folder);
     try {
-        if (may_keep(counts_.kept_error))
+        if (one_more(counts_.kept_error, options_.keep))
             keep_inputs(loader_.load(c), result);
     } catch (const std::exception &) { // without
     }
@@ -136,19 +149,12 @@ void CaseRunner::judge_case(const Inputs &inputs, Result &result) {
     result.status = Status::fail;
     result.sums = got;
     result.stage = first_output(got, want);
-    result.kind = block_->make(inputs) == got ? "" : "not repeatable";
-    if (!may_keep(counts_.kept_fail))
-        return;
+    result.kind = block_->make(inputs) == got ? "" : NOT_REPEATABLE;
     try {
-        keep_failure(inputs, want, result);
+        find_stage(inputs, want, result);
     } catch (const Trouble &error) { // it fails all the same
-        result.text += std::string(" not kept: ") + error.what();
+        result.text += std::string(" not looked into: ") + error.what();
     }
-}
-
-/// So many cases that fail, and as many errors.
-bool CaseRunner::may_keep(std::atomic<uint64_t> &kept) const {
-    return kept++ < static_cast<uint64_t>(options_.keep);
 }
 
 /// In a folder of one level, whatever the case is called. Returns it.
@@ -161,36 +167,66 @@ std::string CaseRunner::keep_inputs(const Inputs &inputs, Result &result) {
     return folder;
 }
 
-void CaseRunner::keep_failure(const Inputs &inputs, const OutputSums &want, Result &result) {
+/// In the folder that is kept; where enough are kept, in one that is not.
+void CaseRunner::find_stage(const Inputs &inputs, const OutputSums &want, Result &result) {
+    const bool keep = one_more(counts_.kept_fail, options_.keep);
+    if (!keep && !one_more(counts_.looked_into, options_.look)) {
+        result.kind += result.kind.empty() ? "stage not looked for" : "";
+        return;
+    }
     restart_case_time();
-    const std::string folder = keep_inputs(inputs, result);
+    const std::string folder =
+        keep ? keep_inputs(inputs, result) : fmt::format("{}/look.{}", scratch_.path, getpid());
+    fs::create_directories(folder);
     const Failure failure = look_into(inputs, folder, *block_, *reference_, want);
+    if (!keep)
+        fs::remove_all(folder);
     if (!failure.stage.empty())
         result.stage = failure.stage;
     if (result.kind.empty())
         result.kind = failure.kind;
     result.text = failure.text;
-    if (options_.minimise && result.kind != "not repeatable")
-        keep_least(inputs, want, folder + "/least");
 }
 
-/// Sums and folders know the whole picture alone: the model stands in for them where it agrees with them.
-void CaseRunner::keep_least(const Inputs &inputs, const OutputSums &want, const std::string &folder) {
-    const std::unique_ptr<OutputMaker> model = make_whole_plane_model();
-    if (!reference_->takes_any_inputs() && model->make(inputs) != want)
-        return;
-    OutputMaker &reference = reference_->takes_any_inputs() ? *reference_ : *model;
-    const Inputs least = minimised(inputs, [&](const Inputs &smaller) {
+/// How a run ends: nothing for a pass.
+std::string CaseRunner::ending(const Inputs &inputs, OutputMaker *reference) const {
+    try {
+        const OutputSums got = block_->make(inputs);
+        return reference == nullptr || reference->make(inputs) == got ? "" : DIFFERS;
+    } catch (const std::exception &error) {
+        const std::string text = text_of(error);
+        return text.substr(0, text.find(':')); // what a program says may tell the size of the picture
+    }
+}
+
+void CaseRunner::make_least(const Case &c, const Result &bad) {
+    const Inputs inputs = loader_.load(c);
+    std::unique_ptr<OutputMaker> model;
+    OutputMaker *reference = reference_.get();
+    if (reference != nullptr && !reference->takes_any_inputs()) {
+        // Sums and folders know the whole picture alone: the model stands in for them where it agrees with
+        // them.
+        model = make_whole_plane_model();
+        if (bad.status == Status::fail && model->make(inputs) != reference->make(inputs))
+            return;
+        reference = bad.status == Status::fail ? model.get() : nullptr;
+    }
+    const std::string wanted = bad.status == Status::fail ? DIFFERS : bad.text.substr(0, bad.text.find(':'));
+    const int64_t end = milliseconds_now() + LIMITS_FOR_LEAST * options_.limit_ms;
+    const auto ends_likewise = [&](const Inputs &smaller) {
         restart_case_time();
-        try {
-            return block_->make(smaller) != reference.make(smaller);
-        } catch (const Trouble &) { // another way to fail
-            return false;
-        }
-    });
+        return milliseconds_now() < end &&
+               done_apart(options_.limit_ms, [&] { return ending(smaller, reference); }) == wanted;
+    };
+    if (!ends_likewise(inputs))
+        return;
+    const Inputs least = minimised(inputs, ends_likewise);
     restart_case_time();
-    keep_case(least, folder, *block_);
-    look_into(least, folder, *block_, reference, reference.make(least));
+    const std::string folder = options_.folder + "/" + bad.kept + "/least", unfinished = folder + ".part";
+    keep_case(least, unfinished, *block_);
+    if (bad.status == Status::fail)
+        look_into(least, unfinished, *block_, *reference, reference->make(least));
+    fs::rename(unfinished, folder);
 }
 
 } // namespace cfatool

@@ -18,13 +18,13 @@ struct RunOptions {
     std::string plan, folder, shard, record, sums, against, expect, tool;
     int jobs = 0;
     int64_t limit_ms = 60'000;
-    int64_t keep = 20;
+    int64_t keep = 20, look = 1000;
     bool minimise = false;
 };
 
 /// What all processes of a run count together.
 struct Counts {
-    std::atomic<uint64_t> pass, fail, error, known, kept_fail, kept_error;
+    std::atomic<uint64_t> pass, fail, error, known, kept_fail, kept_error, looked_into;
     uint64_t done() const { return pass + fail + error; }
     void add(Result::Status status) {
         ++(status == Result::Status::pass ? pass : status == Result::Status::fail ? fail : error);
@@ -41,6 +41,8 @@ class CaseRunner {
     void begin_worker();
     /// Throws Trouble when the result cannot be written.
     void run_case(const Case &c);
+    /// In a worker: makes a kept case as small as still ends as it did, in `least` of its folder.
+    void make_least(const Case &c, const Result &bad);
     /// The result of a case whose worker has died of it.
     void lose_case(const Case &c, const std::string &reason);
 
@@ -52,10 +54,9 @@ class CaseRunner {
     Sum key_of(const Inputs &inputs) const;
     bool is_known(const Case &c, const Sum &key);
     void judge_case(const Inputs &inputs, Result &result);
-    bool may_keep(std::atomic<uint64_t> &kept) const;
     std::string keep_inputs(const Inputs &inputs, Result &result);
-    void keep_failure(const Inputs &inputs, const OutputSums &want, Result &result);
-    void keep_least(const Inputs &inputs, const OutputSums &want, const std::string &folder);
+    void find_stage(const Inputs &inputs, const OutputSums &want, Result &result);
+    std::string ending(const Inputs &inputs, OutputMaker *reference) const;
 
     struct Known {
         Sum key;

@@ -19,6 +19,7 @@ namespace {
 
 constexpr int64_t NO_CASE = -1;
 constexpr int NO_MORE = 3; // status of a worker that cannot go on
+constexpr size_t LONGEST_TEXT = 1024;
 constexpr long TICK_NS = 50'000'000;
 
 int64_t clock_ms() {
@@ -63,9 +64,9 @@ struct Worker {
 
 class Supervisor {
   public:
-    explicit Supervisor(const PoolWork &work) : work_(work) {
-        const size_t size = sizeof *next_ + static_cast<size_t>(work.jobs) * sizeof(Slot);
-        char *const memory = static_cast<char *>(shared_memory(size));
+    explicit Supervisor(const PoolWork &work)
+        : work_(work), memory_(shared_memory(sizeof *next_ + static_cast<size_t>(work.jobs) * sizeof(Slot))) {
+        char *const memory = static_cast<char *>(memory_.get());
         next_ = new (memory) std::atomic<uint64_t>(0);
         for (int i = 0; i < work.jobs; ++i)
             workers_.push_back({new (memory + sizeof *next_ + static_cast<size_t>(i) * sizeof(Slot)) Slot});
@@ -110,12 +111,13 @@ class Supervisor {
         ++alive_;
     }
 
-    /// Ends a worker with all that it has started.
+    /// Ends a worker with all that it has started; one that supervises a process of its own ends that first.
     void end(Worker &worker) {
         if (worker.process == 0)
             return;
-        kill(-worker.process, SIGKILL);
+        kill(-worker.process, SIGTERM);
         waitpid(worker.process, nullptr, 0);
+        kill(-worker.process, SIGKILL);
         worker.process = 0;
         --alive_;
     }
@@ -149,6 +151,7 @@ class Supervisor {
     }
 
     const PoolWork &work_;
+    const SharedMemory memory_;
     std::atomic<uint64_t> *next_ = nullptr; // case to be given out
     std::vector<Worker> workers_;
     int alive_ = 0;
@@ -166,11 +169,30 @@ void restart_case_time() {
         own_slot->since_ms = clock_ms();
 }
 
-void *shared_memory(size_t size) {
+std::string done_apart(int64_t limit_ms, const std::function<std::string()> &work) {
+    const SharedMemory memory = shared_memory(LONGEST_TEXT);
+    char *const text = static_cast<char *>(memory.get());
+    const auto say = [text](const std::string &what) { what.copy(text, LONGEST_TEXT - 1); };
+    PoolWork apart;
+    apart.cases = 1;
+    apart.limit_ms = limit_ms;
+    apart.start = apart.tick = [] {};
+    apart.work = [&](uint64_t) { say(work()); };
+    apart.lost = [&](uint64_t, const std::string &reason) { say(reason); };
+    if (!run_pool(apart))
+        raise(SIGTERM);
+    return text;
+}
+
+SharedMemory shared_memory(size_t size) {
     void *const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
         throw std::bad_alloc();
-    return memory;
+    return {memory, {size}};
+}
+
+void Unmap::operator()(void *memory) const {
+    munmap(memory, size);
 }
 
 } // namespace cfatool

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace cfatool {
@@ -25,7 +26,16 @@ bool run_pool(const PoolWork &work);
 /// The time of the case starts anew. For a worker whose case is several runs.
 void restart_case_time();
 
+/// Does this in a process of its own and returns what it returns, or how it ended instead: "ended by signal
+/// 11".
+std::string done_apart(int64_t limit_ms, const std::function<std::string()> &work);
+
 /// Memory that this process shares with those that it starts, at first zeros.
-void *shared_memory(size_t size);
+struct Unmap {
+    size_t size;
+    void operator()(void *memory) const;
+};
+using SharedMemory = std::unique_ptr<void, Unmap>;
+SharedMemory shared_memory(size_t size);
 
 } // namespace cfatool

@@ -12,6 +12,9 @@
 
 namespace cfatool {
 
+/// The kind of a failure that came out otherwise when it was run again.
+inline constexpr const char *NOT_REPEATABLE = "not repeatable";
+
 struct Result {
     enum class Status { pass, fail, error };
 
