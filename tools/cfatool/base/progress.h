@@ -4,17 +4,32 @@
 #include <chrono>
 #include <cstdint>
 #include <mutex>
+#include <string>
 
 namespace cfatool {
 
-/// Writes "comparing 42 %, 3 s left" over itself on standard error while work goes on, if that is a terminal
-/// and the work takes longer than half a second. May be told from several threads.
+/// The last line of a terminal on standard error, written over and over; taken away with the object.
+class StatusLine {
+  public:
+    StatusLine() = default;
+    ~StatusLine();
+    StatusLine(const StatusLine &) = delete;
+    StatusLine &operator=(const StatusLine &) = delete;
+
+    /// Characters that a line may have; 0 where standard error is no terminal. Changes with the window.
+    static size_t room();
+    /// Shows the text, or as many of its parts set apart by ", " as there is room for.
+    void show(const std::string &text);
+
+  private:
+    bool written_ = false;
+};
+
+/// Writes "comparing 42 %, 3 s left" over itself while work goes on that takes longer than half a second. May
+/// be told from several threads.
 class Progress {
   public:
     Progress(uint64_t total, const char *work);
-    ~Progress(); // takes the line away
-    Progress(const Progress &) = delete;
-    Progress &operator=(const Progress &) = delete;
 
     void add(uint64_t done);
 
@@ -24,11 +39,10 @@ class Progress {
     std::mutex mutex_;
     const uint64_t total_;
     const char *const work_;
-    const bool terminal_;
     const Clock::time_point start_ = Clock::now();
     Clock::time_point shown_ = start_;
     uint64_t done_ = 0;
-    bool written_ = false;
+    StatusLine line_;
 };
 
 } // namespace cfatool

@@ -4,13 +4,12 @@
 #include <cmath>
 #include <cstdio>
 #include <fmt/core.h>
-#include <unistd.h>
 
 namespace cfatool {
 namespace {
 
 constexpr std::chrono::milliseconds BAR_EVERY{200}, LINE_EVERY{10'000};
-constexpr uint64_t BAR_WIDTH = 30;
+constexpr size_t LEAST_BAR = 8, MOST_BAR = 30;
 
 std::string time_text(double seconds) {
     const auto s = std::llround(seconds);
@@ -21,32 +20,28 @@ std::string time_text(double seconds) {
 
 } // namespace
 
-RunProgress::RunProgress(uint64_t cases) : cases_(cases), terminal_(isatty(STDERR_FILENO) == 1) {}
-
-RunProgress::~RunProgress() {
-    if (bar_)
-        std::fputs("\r\x1b[K", stderr);
-}
-
 void RunProgress::show(uint64_t done, uint64_t known, uint64_t failed) {
     const auto now = Clock::now();
-    if (now - shown_ < (terminal_ ? BAR_EVERY : LINE_EVERY))
+    const size_t room = StatusLine::room();
+    if (now - shown_ < (room > 0 ? BAR_EVERY : LINE_EVERY))
         return;
     shown_ = now;
     const double seconds = std::chrono::duration<double>(now - start_).count();
     const double rate = static_cast<double>(done - known) / seconds;
-    std::string line = fmt::format("{} of {} cases, {} failed, {:.{}f} a second", done, cases_, failed, rate,
-                                   rate < 10 ? 1 : 0);
-    if (done > known)
-        line += ", " + time_text(static_cast<double>(cases_ - done) / rate) + " left";
-    if (terminal_) {
-        const uint64_t full = BAR_WIDTH * done / std::max<uint64_t>(cases_, 1);
-        line = "\r[" + std::string(full, '#') + std::string(BAR_WIDTH - full, ' ') + "] " + line + "\x1b[K";
-        bar_ = true;
-    } else {
-        line += "\n";
+    const std::string left = done > known ? time_text(static_cast<double>(cases_ - done) / rate) : "?";
+    std::string line = fmt::format("{} %, {} failed, {} left, {:.{}f} a second, {} of {} cases",
+                                   100 * done / std::max<uint64_t>(cases_, 1), failed, left, rate,
+                                   rate < 10 ? 1 : 0, done, cases_);
+    if (room == 0) {
+        std::fprintf(stderr, "%s\n", line.c_str());
+        return;
     }
-    std::fputs(line.c_str(), stderr);
+    if (const size_t beside = line.size() + 3; beside + LEAST_BAR <= room) {
+        const size_t width = std::min(room - beside, MOST_BAR);
+        const size_t full = width * done / std::max<uint64_t>(cases_, 1);
+        line = "[" + std::string(full, '#') + std::string(width - full, ' ') + "] " + line;
+    }
+    line_.show(line);
 }
 
 } // namespace cfatool

@@ -50,6 +50,12 @@ bool make_kept_small(const RunOptions &options, const Plan &plan, const Shard &s
         if (shard.has(index) && !result.kept.empty() && result.kind != NOT_REPEATABLE &&
             !is_folder(options.folder + "/" + result.kept + "/least"))
             cases.push_back(index);
+    StatusLine line;
+    if (const std::string text = fmt::format("making {} small", cases_text(cases.size()));
+        StatusLine::room() > 0)
+        line.show(text);
+    else if (!cases.empty())
+        fmt::print(stderr, "{}\n", text);
     PoolWork work =
         work_of(options, cases.size(), 2 * options.limit_ms + 1000); // each of its runs has its limit
     work.start = work.tick = [] {};
