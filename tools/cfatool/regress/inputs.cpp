@@ -115,10 +115,12 @@ Inputs make_inputs(const Case &from, std::shared_ptr<Mosaic> mosaic,
 Inputs InputLoader::load(const Case &c) {
     if (raw_ == nullptr || raw_name_ != c.raw) {
         raw_ = nullptr; // one at a time
-        if (cfa::FramePtr drawn = drawn_mosaic(c.raw))
+        if (cfa::FramePtr drawn = drawn_mosaic(c.raw)) {
+            drawn->bit_depth = std::max(drawn->bit_depth, 2u); // a file of one bit is read as one of none
             raw_ = Mosaic::from_frame(std::move(drawn), sum_of_text(c.raw));
-        else
+        } else {
             raw_ = Mosaic::from_file(c.raw);
+        }
         raw_name_ = c.raw;
     }
     return make_inputs(c, raw_, load_registers(c));
