@@ -4,12 +4,11 @@
 #include <chrono>
 #include <filesystem>
 #include <fmt/core.h>
-#include <new>
 #include <unistd.h>
 
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/regress/failure.h"
-#include "tools/cfatool/regress/minimise.h"
+#include "tools/cfatool/regress/least.h"
 #include "tools/cfatool/regress/pool.h"
 
 namespace cfatool {
@@ -18,13 +17,6 @@ namespace fs = std::filesystem;
 using Status = Result::Status;
 
 namespace {
-
-constexpr const char *DIFFERS = "differs";
-constexpr int64_t LIMITS_FOR_LEAST = 10; // that making a case small may take
-
-std::string text_of(const std::exception &error) {
-    return dynamic_cast<const std::bad_alloc *>(&error) != nullptr ? "not enough memory" : error.what();
-}
 
 bool one_more(std::atomic<uint64_t> &count, int64_t most) {
     return count++ < static_cast<uint64_t>(most);
@@ -188,45 +180,9 @@ void CaseRunner::find_stage(const Inputs &inputs, const OutputSums &want, Result
     result.text = failure.text;
 }
 
-/// How a run ends: nothing for a pass.
-std::string CaseRunner::ending(const Inputs &inputs, OutputMaker *reference) const {
-    try {
-        const OutputSums got = block_->make(inputs);
-        return reference == nullptr || reference->make(inputs) == got ? "" : DIFFERS;
-    } catch (const std::exception &error) {
-        const std::string text = text_of(error);
-        return text.substr(0, text.find(':')); // what a program says may tell the size of the picture
-    }
-}
-
 void CaseRunner::make_least(const Case &c, const Result &bad) {
-    const Inputs inputs = loader_.load(c);
-    std::unique_ptr<OutputMaker> model;
-    OutputMaker *reference = reference_.get();
-    if (reference != nullptr && !reference->takes_any_inputs()) {
-        // Sums and folders know the whole picture alone: the model stands in for them where it agrees with
-        // them.
-        model = make_whole_plane_model();
-        if (bad.status == Status::fail && model->make(inputs) != reference->make(inputs))
-            return;
-        reference = bad.status == Status::fail ? model.get() : nullptr;
-    }
-    const std::string wanted = bad.status == Status::fail ? DIFFERS : bad.text.substr(0, bad.text.find(':'));
-    const int64_t end = milliseconds_now() + LIMITS_FOR_LEAST * options_.limit_ms;
-    const auto ends_likewise = [&](const Inputs &smaller) {
-        restart_case_time();
-        return milliseconds_now() < end &&
-               done_apart(options_.limit_ms, [&] { return ending(smaller, reference); }) == wanted;
-    };
-    if (!ends_likewise(inputs))
-        return;
-    const Inputs least = minimised(inputs, ends_likewise);
-    restart_case_time();
-    const std::string folder = options_.folder + "/" + bad.kept + "/least", unfinished = folder + ".part";
-    keep_case(least, unfinished, *block_);
-    if (bad.status == Status::fail)
-        look_into(least, unfinished, *block_, *reference, reference->make(least));
-    fs::rename(unfinished, folder);
+    cfatool::make_least(loader_.load(c), bad, *block_, reference_.get(), options_.limit_ms,
+                        options_.folder + "/" + bad.kept + "/least");
 }
 
 } // namespace cfatool

@@ -56,7 +56,6 @@ class CaseRunner {
     void judge_case(const Inputs &inputs, Result &result);
     std::string keep_inputs(const Inputs &inputs, Result &result);
     void find_stage(const Inputs &inputs, const OutputSums &want, Result &result);
-    std::string ending(const Inputs &inputs, OutputMaker *reference) const;
 
     struct Known {
         Sum key;

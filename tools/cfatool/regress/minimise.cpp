@@ -31,12 +31,14 @@ std::shared_ptr<Mosaic> part_of(const FRAME *whole, const Window &w) {
     return Mosaic::from_frame(std::move(part), sum);
 }
 
-/// Cuts a side as far as it goes: first half of what is left, then ever less, two lines at last.
-template <class Cut>
-void cut_side(Window &window, int spare, const Cut &cut, const std::function<bool(const Window &)> &fails) {
-    for (int step = spare / 2 * 2; step >= 2; step = step / 4 * 2) {
+/// Moves a side inwards as far as it goes: first by half of what there is, then by ever less, two lines at
+/// last.
+void cut_side(Window &window, int Window::*side, int inwards,
+              const std::function<bool(const Window &)> &fails) {
+    const int most = std::max(window.right - window.left, window.bottom - window.top);
+    for (int step = most / 2 * 2; step >= 2; step = step / 4 * 2) {
         Window smaller = window;
-        cut(smaller, step);
+        smaller.*side += inwards * step;
         if (smaller.right - smaller.left >= LEAST_WIDTH && smaller.bottom - smaller.top >= LEAST_HEIGHT &&
             fails(smaller)) {
             window = smaller;
@@ -51,16 +53,9 @@ Inputs with_least_picture(const Inputs &inputs, const Fails &fails) {
     const auto of_window = [&](const Window &w) {
         return make_inputs(inputs.from, part_of(whole, w), inputs.registers);
     };
-    const auto window_fails = [&](const Window &w) { return fails(of_window(w)); };
-    const int width = window.right, height = window.bottom;
-    cut_side(
-        window, height, [](Window &w, int n) { w.bottom -= n; }, window_fails);
-    cut_side(
-        window, height, [](Window &w, int n) { w.top += n; }, window_fails);
-    cut_side(
-        window, width, [](Window &w, int n) { w.right -= n; }, window_fails);
-    cut_side(
-        window, width, [](Window &w, int n) { w.left += n; }, window_fails);
+    for (const auto &[side, inwards] :
+         {std::pair{&Window::bottom, -1}, {&Window::top, 1}, {&Window::right, -1}, {&Window::left, 1}})
+        cut_side(window, side, inwards, [&](const Window &w) { return fails(of_window(w)); });
     return of_window(window);
 }
 

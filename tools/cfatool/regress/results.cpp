@@ -57,6 +57,10 @@ Result parsed(const std::string &line) {
 
 } // namespace
 
+std::string text_of(const std::exception &error) {
+    return dynamic_cast<const std::bad_alloc *>(&error) != nullptr ? "not enough memory" : error.what();
+}
+
 int64_t milliseconds_now() {
     using namespace std::chrono;
     return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();

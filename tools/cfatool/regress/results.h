@@ -12,6 +12,9 @@
 
 namespace cfatool {
 
+/// The text of an error in a result.
+std::string text_of(const std::exception &error);
+
 /// The kind of a failure that came out otherwise when it was run again.
 inline constexpr const char *NOT_REPEATABLE = "not repeatable";
 
