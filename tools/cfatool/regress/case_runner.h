@@ -18,7 +18,7 @@ struct RunOptions {
     std::string plan, folder, shard, record, sums, against, expect, tool;
     int jobs = 0;
     int64_t limit_ms = 60'000;
-    int64_t keep = 20, look = 1000;
+    int64_t keep = 20, look = 100;
     bool minimise = false;
 };
 

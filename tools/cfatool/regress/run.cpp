@@ -118,7 +118,7 @@ void regress_run_command(Command &command) {
     command.number("--keep", options->keep, 0, 1'000'000,
                    "Failures to keep, ready to run, and as many errors (20)");
     command.number("--look", options->look, 0, 1'000'000'000,
-                   "Failures beyond those whose stage is looked for (1000)");
+                   "Failures beyond those whose stage is looked for (100)");
     command.flag("--minimise", options->minimise,
                  "Make kept cases as small as still fail likewise, in CASE/least");
     command.footer("Example: cfatool regress run plan.tsv -o results --against model\n"
