@@ -194,6 +194,10 @@ TEST_CASE_FIXTURE(FreshRegisters, "planes are the stages' own, signed, unlimited
     REQUIRE(memory.run(block) == CFA_OK);
     CHECK(cfa_block_plane(block, "GH") == nullptr);
     CHECK(cfa_block_slow_reason(block) == nullptr);
+    REQUIRE(cfa_block_set(block, "reg_cfa_enable", 1) == CFA_OK);
+    REQUIRE(cfa_block_set(block, "reg_img_bayerid", 8) == CFA_OK);
+    REQUIRE(memory.run(block) == CFA_OK);
+    CHECK(std::string(cfa_block_slow_reason(block)) == "a 4 x 4 pattern");
 }
 
 TEST_CASE("wrong calls are errors with one line") {
