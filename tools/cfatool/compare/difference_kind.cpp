@@ -60,7 +60,9 @@ struct SiteNames {
                 names.push_back(name);
         }
     }
-    uint32_t bit(int x, int y) const { return bits[static_cast<size_t>((y & 3) * 4 + (x & 3))]; }
+    uint32_t bit(int x, int y) const {
+        return bits[static_cast<size_t>(y % 4) * 4 + static_cast<size_t>(x % 4)];
+    }
 };
 
 Common what_is_common(const PlaneFile &a, const PlaneFile &b, const Comparison &found, uint32_t range,

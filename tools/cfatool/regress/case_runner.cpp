@@ -154,7 +154,7 @@ std::string CaseRunner::keep_inputs(const Inputs &inputs, Result &result) {
     std::string flat = inputs.from.name;
     std::replace(flat.begin(), flat.end(), '/', '~');
     result.kept = "kept/" + flat;
-    const std::string folder = options_.folder + "/" + result.kept;
+    std::string folder = options_.folder + "/" + result.kept;
     keep_case(inputs, folder, *block_);
     return folder;
 }
