@@ -157,8 +157,8 @@ TEST_CASE_FIXTURE(Room, "the stage that is wrong, or those that may be: planes o
             "register reg_cfa_vw_thd: 1500 against 7\nequal (82): raw.npy raw.ppm AvgRGB.npy "
             "dbg_img_AvgRGB.ppm GH.npy"}});
     put("one/out.ppm", get("all/out.ppm"));
-    check({{"compare all one", 1, "\nno difference in 1 files, "},
-           {"compare all one --common", 0, "\nno difference in 1 files, "}});
+    check({{"compare all one", 1, "\nno difference in 1 file, "},
+           {"compare all one --common", 0, "\nno difference in 1 file, "}});
     put("k/out_dc.ppm", picture("P5 3 2 4095", {1, 2, 3, 4, 5, 6})), put("k/out_sg.ppm", get("k/out_dc.ppm"));
     put("l/out_dc.ppm", picture("P5 3 2 4095", {6, 7, 8, 9, 10, 11})),
         put("l/out_sg.ppm", picture("P5 3 2 4095", {17, 18, 19, 20, 5, 6}));

@@ -67,12 +67,12 @@ std::string first_text(const FolderComparison &found) {
 
 void print_verdict(const FolderComparison &found, size_t one_sided) {
     const Names &suspects = found.verdict.suspects;
-    if (found.first_file() == nullptr)
-        std::cout << fmt::format(
-            "no difference in {} files{}\n",
-            names_of(found.verdict, [](const FilePair &p) { return p.compared(); }).size(),
-            one_sided > 0 ? fmt::format(", {} on one side only", one_sided) : "");
-    else if (suspects.empty())
+    if (found.first_file() == nullptr) {
+        const size_t compared =
+            names_of(found.verdict, [](const FilePair &p) { return p.compared(); }).size();
+        std::cout << fmt::format("no difference in {} file{}{}\n", compared, compared == 1 ? "" : "s",
+                                 one_sided > 0 ? fmt::format(", {} on one side only", one_sided) : "");
+    } else if (suspects.empty())
         std::cout << fmt::format("what differs is no part of the pipeline: {}\n", first_text(found));
     else if (suspects.front() == "input")
         std::cout << fmt::format("the mosaics differ: {}\n", first_text(found));
