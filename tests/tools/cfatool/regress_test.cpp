@@ -79,6 +79,8 @@ TEST_CASE_FIXTURE(
                "{rgb} {dc} {gain}'") == "9 cases: 9 pass, 0 fail, 0 error, 0 not run; 0 known from before");
     std::string sums = get("sums");
     CHECK(sums.size() == 9 * 99 + std::string("a\nb\noff\ndeep\npattern\nsteep\nlimits\nbit\nwide\n").size());
+    CHECK(run("run d/a.ppm -r on.ini -o a").status == 0);
+    CHECK(read_sum(sums.substr(0, 32)) == sum_of_text(get("a/out.ppm"))); // header and all
     sums[70] = sums[70] == '0' ? '1' : '0';
     put("sums", sums.substr(0, sums.rfind('\n', sums.size() - 2) + 1)); // the gain of a, and one less
     CHECK(last("run plan.tsv -o r --sums sums") ==
@@ -119,6 +121,17 @@ TEST_CASE_FIXTURE(Bench,
     CHECK(last("run plan.tsv -o cut --tool ./tool --record s") == all + "0 known from before");
     CHECK(contains(this->run("regress merge plan.tsv cut").out,
                    " results of cases that are not in the plan\n2 cases: 2 pass"));
+    // The newest result of a case counts, wherever it stands.
+    std::string lines;
+    for (const auto &[start, at] : {std::pair{"a\",\"result\":\"error", 1},
+                                    {"a\",\"result\":\"pass", 2},
+                                    {"b\",\"result\":\"error", 2},
+                                    {"b\",\"result\":\"pass", 1}})
+        lines += "{\"case\":\"" + std::string(start) + "\",\"key\":\"" + std::string(32, '0') +
+                 "\",\"at\":" + std::to_string(at) + ",\"ms\":1.0}\n";
+    put("newest/x.jsonl", lines);
+    check({{"regress merge plan.tsv newest", 1,
+            "error: 1 case\n    b\n2 cases: 1 pass, 0 fail, 1 error, 0 not run\n"}});
 }
 
 TEST_CASE_FIXTURE(Bench, "a case that fails, crashes or takes too long touches no other; it is kept, ready "
