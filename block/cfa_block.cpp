@@ -19,7 +19,7 @@ struct cfa_block {
     std::vector<cfa_plane> shown; // what cfa_block_plane hands out
     int threads = 1;
     const char *slow_reason = nullptr;
-    char error[512] = "";
+    char error[4352] = ""; // room for the longest path and what is wrong with it
 };
 
 namespace {

@@ -37,6 +37,8 @@ Layout::Layout(const char *name, const cfa_image &image, uint32_t width, uint32_
         refuse(name, "a stride is odd");
     if (reinterpret_cast<uintptr_t>(data_) % 2 != 0)
         refuse(name, "the address is odd");
+    if (width == 0 || height == 0)
+        return; // no samples: none overlap
 
     // From the smallest stride to the largest, each must reach over what the smaller ones span.
     std::array<Direction, 3> directions{

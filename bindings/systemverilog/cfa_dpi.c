@@ -12,7 +12,7 @@
 extern "C" {
 #endif
 
-enum { OUTPUTS = 5, LARGEST = 65535 };
+enum { OUTPUTS = 5, LARGEST = 65535, PIXEL = (1 + OUTPUTS) * sizeof(uint16_t) };
 
 typedef struct {
     cfa_block *block;
@@ -102,12 +102,12 @@ int cfa_dpi_keep_planes(void *handle, const char *names) {
 
 int cfa_dpi_begin(void *handle, int width, int height) {
     Model *const model = (Model *)handle;
-    uint16_t *samples;
+    uint16_t *samples = NULL;
     if (model == NULL || width < 1 || height < 1 || width > LARGEST || height > LARGEST)
         return refuse(model, CFA_ERROR_SIZE, "begin: %d x %d, where both are 1 to %d", width, height,
                       LARGEST);
-    samples = (uint16_t *)realloc(model->samples,
-                                  (1 + OUTPUTS) * sizeof(uint16_t) * (size_t)width * (size_t)height);
+    if ((size_t)width * (size_t)height <= SIZE_MAX / PIXEL) /* where a size_t has 32 bits */
+        samples = (uint16_t *)realloc(model->samples, PIXEL * (size_t)width * (size_t)height);
     if (samples == NULL)
         return refuse(model, CFA_ERROR_MEMORY, "begin: not enough memory for %d x %d", width, height);
     model->samples = samples;
