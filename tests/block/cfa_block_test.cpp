@@ -1,6 +1,7 @@
 #include "block/cfa_block.h"
 
 #include <array>
+#include <csignal>
 #include <cstring>
 #include <map>
 #include <thread>
@@ -234,6 +235,8 @@ TEST_CASE("wrong calls are errors with one line") {
            "Picture of 3 x 40 is too small: the enabled block takes 4 x 3 and larger");
     expect(run(40, 0, p, 0, packed(out)), CFA_ERROR_SIZE,
            "Picture of 40 x 0 is too small: the enabled block takes 4 x 3 and larger");
+    expect(run(0, 40, p, 0, packed(out)), CFA_ERROR_SIZE,
+           "Picture of 0 x 40 is too small: the enabled block takes 4 x 3 and larger");
     expect(run(40, 40, p, 0, {out, 320, 8, 0}, {out + 3, 324, 8, 0}), A, "two outputs share memory");
     const cfa_image one = packed(out);
     expect(cfa_block_run(block, 40, 40, p, 0, nullptr, &one, &one), A, "two outputs share memory");
@@ -326,6 +329,7 @@ TEST_CASE("every allocation that fails is an error code") {
                     watch(failing, and_later);
                     int code = CFA_ERROR_MEMORY;
                     if (cfa_block *const block = cfa_block_new()) {
+                        cfa_block_set_threads(block, and_later ? 1 : 2);
                         code = cfa_block_keep_planes(block, planes);
                         code = code != 0 ? code
                                          : cfa_block_load_ini_text(block, "[cfa]\nreg_cfa_shpn_enable = 1\n",
@@ -341,6 +345,9 @@ TEST_CASE("every allocation that fails is an error code") {
                     if (!failed)
                         break;
                 }
+        sigset_t blocked;
+        if (pthread_sigmask(SIG_SETMASK, nullptr, &blocked) != 0 || sigismember(&blocked, SIGINT) != 0)
+            std::printf("signals stay blocked\n");
     });
     CHECK(outcome.status == 0);
     CHECK(outcome.out == "");

@@ -6,7 +6,6 @@
 #include <exception>
 #include <mutex>
 #include <optional>
-#include <system_error>
 #include <thread>
 
 #include <sched.h>
@@ -64,7 +63,7 @@ std::optional<std::thread> start(const std::function<void()> &body) {
     std::optional<std::thread> thread;
     try {
         thread.emplace(body);
-    } catch (const std::system_error &) { // no thread left: the caller does both
+    } catch (const std::exception &) { // no thread left, or no memory for one: the caller does both
     }
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     return thread;
