@@ -129,7 +129,7 @@ class Registers(unittest.TestCase):
             with self.assertRaisesRegex(kind, line):
                 call()
         self.assertEqual(block.edge_tol, 7)
-        for path, kind in (("none.ini", cfa.MissingFileError), (DATA, cfa.FileError)):
+        for path, kind in (("none.ini", cfa.MissingFileError), (DATA, cfa.FileError), ("n" * 999, cfa.FileError)):
             with self.assertRaises(OSError) as caught:
                 block.load(path)
             self.assertEqual((type(caught.exception), caught.exception.code), (kind, -5))

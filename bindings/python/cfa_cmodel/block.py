@@ -81,11 +81,15 @@ class Block:
         try:
             self._call(lib.cfa_block_load_ini, name, INI_STRICT if strict else 0)
         except FileError as error:
-            if os.path.lexists(name):
-                raise
-            missing = MissingFileError(str(error))
-            missing.code = error.code
-            raise missing from None
+            try:
+                os.stat(name)
+            except FileNotFoundError:
+                missing = MissingFileError(str(error))
+                missing.code = error.code
+                raise missing from None
+            except OSError:
+                pass  # there, as far as can be seen: out of reach
+            raise
 
     def load_text(self, text: str, *, strict: bool = False) -> None:
         """Loads registers from the text of an INI file."""
@@ -120,7 +124,7 @@ class Block:
         with self._lock:
             arrays = self._memory.arrays(height, width)
             images = [ctypes.byref(Image(array.ctypes.data)) for array in arrays]
-            self._check(lib.cfa_block_set_threads(self._handle, min(operator.index(threads), 2)))
+            self._check(lib.cfa_block_set_threads(self._handle, max(0, min(operator.index(threads), 2))))
             if names:
                 self._check(lib.cfa_block_keep_planes(self._handle, names))
             try:
