@@ -141,6 +141,7 @@ TEST_CASE("lines, keys and sections") {
          {"\n[other]\na = 7\n  [cfa]\n", "5: indented, so it continues line 4 ('a') and is not read"},
          {"\nreg_cfa_enable 0\n", "3: no = and no : in this line: passed over"},
          {"\n[cfa\n", "3: section header without ]: passed over"},
+         {"\n[cfa] reg_cfa_enable = 0\n", "3: text behind ]: passed over"},
          {"\n; " + x197 + "\n; x" + x197, "4: line of 200 characters: "},
          {std::string("\0 8\n", 4), "2: NUL byte: "}});
 }

@@ -89,9 +89,13 @@ class Check {
             add(line.text.find('[') != std::string::npos ? "section header without ]: passed over"
                                                          : "no = and no : in this line: passed over");
             return;
-        case IniLine::Kind::section:
+        case IniLine::Kind::section: {
+            const size_t behind = line.text.find_first_not_of(" \t\r\v\f", line.text.find(']') + 1);
+            if (behind != std::string::npos && line.text[behind] != ';' && line.text[behind] != '#')
+                add("text behind ]: passed over");
             check_section(line.section);
             return;
+        }
         case IniLine::Kind::setting:
             setting_line_ = number_;
             check_setting(line);
