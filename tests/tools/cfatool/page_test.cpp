@@ -42,6 +42,9 @@ TEST_CASE_FIXTURE(
           std::set<std::string>{"0-a-0-0-0", "2-b-0-0-0", "3-a-0-0-0", "3-b-0-0-0", "4-a-0-0-0", "5-b-0-0-0",
                                 "6-a-0-0-0", "6-b-0-0-0"});
     CHECK(contains(get("one.html"), R"("title":"a")"));
+    put("size/raw.ppm", picture("P5 2 2 4095", {1, 2, 3, 4}));
+    check({{"report a size -o size", 0, "; input differs: raw in size or depth"},
+           {"crop a size -o x", 2, "size mismatch: a/raw.ppm is 4x2"}});
     put("wide/raw.ppm", "P5\n4000 3001\n255\n" + std::string(4000 * 3001, 'x'));
     put("wide/tiles/keep.js", "");
     put("wide/tiles/9-a-0-0-0.js", "of an earlier page");

@@ -36,6 +36,14 @@ CropQuestion first_difference(const RunFolder &run, const RunFolder &other, cons
     progress.progress = true;
     const RunVerdict verdict = judge(run, other, progress);
     const PlaneVerdict *const plane = verdict.first_plane();
+    const auto compared = [](const FilePair &pair) { return pair.compared(); };
+    for (const FilePair &pair : verdict.files)
+        if (!pair.unreadable.empty())
+            throw Trouble(pair.unreadable);
+    if (std::none_of(verdict.files.begin(), verdict.files.end(), compared))
+        throw CommandTrouble(fmt::format("no image is in both {} and {}", options.run, options.other));
+    if (plane != nullptr && !plane->found.mismatch.empty())
+        throw CommandTrouble(plane->found.mismatch);
     if (plane == nullptr || plane->found.list.empty())
         throw CommandTrouble(fmt::format("no sample differs between {} and {}", options.run, options.other));
     CropQuestion question;

@@ -140,7 +140,9 @@ std::string headline_of(const RunVerdict &verdict) {
                            : fmt::format("No difference seen; {} planes are not seen whole", unseen);
     }
     const std::string where =
-        fmt::format("{} at {},{}", first->name(), first->found.list[0].x, first->found.list[0].y);
+        first->found.list.empty()
+            ? first->name() + " in size or depth"
+            : fmt::format("{} at {},{}", first->name(), first->found.list[0].x, first->found.list[0].y);
     if (verdict.suspects.size() == 1)
         return fmt::format("{} differs: {}", verdict.suspects[0], where);
     return fmt::format("Suspects: {}. First seen in {}", fmt::join(verdict.suspects, ", "), where);
@@ -212,7 +214,7 @@ Json PageRuns::verdict() const {
         if (first.is_null() && is_first)
             first = i;
     }
-    if (!first.is_null() && judged.first) {
+    if (!first.is_null() && judged.first && !judged.first_plane()->found.list.empty()) {
         const Difference &at = judged.first_plane()->found.list[0];
         Json &plane = planes[first.get<size_t>()];
         plane["first"] = {at.x, at.y}; // of the stage that is wrong
