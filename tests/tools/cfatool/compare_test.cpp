@@ -138,6 +138,14 @@ TEST_CASE_FIXTURE(Room, "what kind of difference it is") {
                   from[i] = 4095, b[i] -= x;
           }) == "only where a sample is 4095 or more;");
     CHECK(grey([](S &, S &b, int x, int y, int i) { b[i] += x * y % 7; }) == "");
+    const std::string npy = "\x93NUMPY\1" + std::string("\0\x3f\0", 3) +
+                            "{'descr': '|i1', 'fortran_order': False, 'shape': (2, 4)}     \n";
+    put("a.npy", npy + "\1\2\3\4\5\6\7\10"),
+        put("b.npy", npy + "\xff\xfe\xfd\xfc\xfb\xfa\xf9\xf8"); // -1 to -8
+    CHECK(cfatool::difference_kinds(*this / "a.npy", *this / "b.npy",
+                                    cfatool::compare_pictures(*this / "a.npy", *this / "b.npy", {}), 4095, 3,
+                                    cfatool::Sites::all)
+              .empty());
     CHECK(grey([](S &, S &b, int x, int y, int i) { b[i] += x == 5 && y < 3 ? 4 : 0; }) ==
           ""); // three may be chance
 }

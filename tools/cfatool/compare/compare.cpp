@@ -28,9 +28,10 @@ void print_differences(const Comparison &found, const CompareCommand &command) {
                                   found.channel[static_cast<size_t>(c)], found.pixels());
     if (found.channels > 1)
         std::cout << channel_line("all", found, found.all(), found.pixels() * 3);
-    std::cout << fmt::format("PSNR {:.2f} dB\nbounding box {},{},{},{} (X,Y,W,H)\nfirst difference: {}\n",
-                             found.psnr(), found.left, found.top, found.right - found.left + 1,
-                             found.bottom - found.top + 1,
+    if (found.range > 0)
+        std::cout << fmt::format("PSNR {:.2f} dB\n", found.psnr());
+    std::cout << fmt::format("bounding box {},{},{},{} (X,Y,W,H)\nfirst difference: {}\n", found.left,
+                             found.top, found.right - found.left + 1, found.bottom - found.top + 1,
                              difference_text(found, found.list.front(), command.options.bayer));
     for (size_t i = 0; i < found.list.size() && i < command.options.max_list; ++i)
         std::cout << "  " << difference_text(found, found.list[i], command.options.bayer) << "\n";
@@ -47,9 +48,9 @@ void print_text(const Comparison &found, const CompareCommand &command) {
                                 : tolerance == 0
                                     ? "are equal"
                                     : fmt::format("are equal within the tolerance of {}", tolerance);
-    std::cout << fmt::format("{} and {} {}: {}x{}, {}, maximum value {}{}\n", command.a, command.b, verdict,
-                             found.width, found.height, found.channels == 1 ? "1 channel" : "3 channels",
-                             found.max,
+    std::cout << fmt::format("{} and {} {}: {}x{}, {}{}{}\n", command.a, command.b, verdict, found.width,
+                             found.height, found.channels == 1 ? "1 channel" : "3 channels",
+                             found.max > 0 ? fmt::format(", maximum value {}", found.max) : "",
                              !equal && tolerance > 0 ? fmt::format(", tolerance {}", tolerance) : "");
     if (!equal && !command.quiet)
         print_differences(found, command);

@@ -27,16 +27,16 @@ struct Common {
     bool one_way = true;    // each time the same way
     uint32_t colours = 0;   // of the sites, a bit each
 
-    void add(int32_t a, int32_t b, uint32_t range) {
+    void add(int64_t a, int64_t b, uint32_t range) {
         const auto ua = static_cast<uint32_t>(a), ub = static_cast<uint32_t>(b);
-        const int64_t d = int64_t{b} - a;
+        const int64_t d = b - a;
         one_delta = one_delta && (first || d == delta);
         delta = d;
         one_way = one_way && (first || (ua & (ua ^ ub)) == bits_of_a);
         bits_of_a = ua & (ua ^ ub);
         bits |= ua ^ ub;
         all_swapped = all_swapped && std::max(ua, ub) <= 0xFFFF && swapped(ua) == ub;
-        at_limit = at_limit && range >= SMALLEST_RANGE && std::max(ua, ub) >= range && std::max(a, b) > 0;
+        at_limit = at_limit && range >= SMALLEST_RANGE && std::max(a, b) >= range;
         first = false;
     }
     /// Whether no further sample can change what is said.
@@ -69,6 +69,9 @@ Common what_is_common(const PlaneFile &a, const PlaneFile &b, const Comparison &
                       int bayer, Sites sites) {
     Common common;
     const SiteNames site_names(bayer);
+    const auto number = [](int32_t sample, const PlaneFile &file) {
+        return file.form().is_signed ? sample : int64_t{static_cast<uint32_t>(sample)};
+    };
     const int width = a.form().width, channels = a.form().channels;
     for (int y = found.top; y <= found.bottom && !common.settled(); ++y) {
         const std::vector<int32_t> row_a = a.read(0, y, width, 1), row_b = b.read(0, y, width, 1);
@@ -78,7 +81,7 @@ Common what_is_common(const PlaneFile &a, const PlaneFile &b, const Comparison &
         for (int x = 0; x < width; ++x)
             for (int c = 0; c < channels; ++c, ++i)
                 if (row_a[i] != row_b[i] && sites_contain(sites, x, y, static_cast<uint32_t>(bayer))) {
-                    common.add(row_a[i], row_b[i], range);
+                    common.add(number(row_a[i], a), number(row_b[i], b), range);
                     common.colours |= site_names.bit(x, y);
                 }
     }
