@@ -108,13 +108,15 @@ TEST_CASE_FIXTURE(
            {"run raw.ppm -o no/new", 2, "no/new: No such"},
            {"run raw.ppm -o run", 2, "run: is there already; -o names a new folder\n"},
            {"run photo.ppm -o new", 2,
-            "photo.ppm: is a colour picture; --mosaic samples it through the pattern\n"},
+            "photo.ppm: is no P5; --mosaic samples a colour picture through the pattern\n"},
            {"run raw.ppm --mosaic -o new", 2, "raw.ppm: is greyscale; an RGB picture is needed\n"},
            {"run raw.ppm --set vw_thd=1 -o new", 2, "unknown key 'vw_thd'; did you mean 'reg_cfa_vw_thd'?\n"},
            {"run small.ppm -o new", 2, "cfatool run: Picture of 3 x 2 is too small"},
            {"run t.ini -o new", 2, "(must be 'P5') (error loading 't.ini')\n"},
            {"run raw.ppm", 2, "-o is required"}});
     CHECK(list() == files);
+    put("cut.ppm", get("raw.ppm").substr(0, 99));
+    CHECK(contains(run("run cut.ppm -o cut").err, "Unexpected end of file in 'cut.ppm': "));
 }
 
 TEST_CASE_FIXTURE(Room, "NumPy files: what is a plane, in any form of whole numbers") {

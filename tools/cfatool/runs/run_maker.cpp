@@ -39,7 +39,7 @@ class NewFolder {
     explicit NewFolder(std::string name) : name_(std::move(name)) {
         while (name_.size() > 1 && name_.back() == '/')
             name_.pop_back();
-        if (fs::exists(name_) && !fs::is_empty(name_))
+        if (fs::exists(name_) && (!is_folder(name_) || !fs::is_empty(name_)))
             throw file_trouble(name_, "is there already; -o names a new folder");
         path_ = name_ + ".cfatool." + std::to_string(getpid()) + ".tmp";
         if (std::error_code error; !fs::create_directory(path_, error))
@@ -64,7 +64,7 @@ class NewFolder {
     std::string name_, path_;
 };
 
-bool is_colour(const std::string &path) {
+bool is_png_or_colour(const std::string &path) {
     const Stream stream = open_to_read(path);
     const int first = std::fgetc(stream.get()), second = std::fgetc(stream.get());
     return first == 0x89 || (first == 'P' && (second == '6' || second == '3'));
@@ -76,8 +76,10 @@ void put_mosaic(const RunRequest &request, uint32_t bayer, const std::string &to
         form.bayer = bayer;
         return write_mosaic(request.raw, form, to);
     }
-    if (is_colour(request.raw))
-        throw file_trouble(request.raw, "is a colour picture; --mosaic samples it through the pattern");
+    if (!is_folder(request.raw) && !fs::is_regular_file(request.raw))
+        throw file_trouble(request.raw, "is no regular file: it is read more than once");
+    if (is_png_or_colour(request.raw))
+        throw file_trouble(request.raw, "is no P5; --mosaic samples a colour picture through the pattern");
     cfa::PpmReader(request.raw.c_str()).close(); // what is wrong with the header names this file
     std::error_code error;
     if (!fs::copy_file(request.raw, to, error))
@@ -85,7 +87,7 @@ void put_mosaic(const RunRequest &request, uint32_t bayer, const std::string &to
 }
 
 /// The run of the ten-argument tool, in this process.
-void run_as_tool(const std::string &folder, bool debug) {
+void run_as_tool(const std::string &folder, const RunRequest &request) {
     const auto in = [&](const char *name) { return folder + "/" + name; };
     std::FILE *const log = std::fopen(in("cfa.log").c_str(), "a"); // the log keeps it
     if (log == nullptr || log_add_fp(log, LOG_LEVEL) != 0)
@@ -93,11 +95,16 @@ void run_as_tool(const std::string &folder, bool debug) {
     if (folder.size() + 64 > sizeof dbg_path)
         throw file_trouble(folder, "is too long a name for debug images");
     cfa::load_registers(in("cfa.ini").c_str(), in("cmodel_top.ini").c_str());
-    dump_dbg_img = debug;
+    dump_dbg_img = request.debug;
     std::snprintf(dbg_path, sizeof dbg_path, "%s", folder.c_str());
-    cfa::run_picture(in("raw.ppm").c_str(),
-                     {in("out.ppm").c_str(), in("out_dc.ppm").c_str(), in("out_sg.ppm").c_str()},
-                     [](const char *line) { std::cerr << line << "\n"; });
+    static std::string said; // a notice carries nothing with it
+    said.clear();
+    const std::string raw = in("raw.ppm");
+    cfa::run_picture(raw.c_str(), {in("out.ppm").c_str(), in("out_dc.ppm").c_str(), in("out_sg.ppm").c_str()},
+                     [](const char *line) { said = std::string(line) + "\n"; });
+    if (const size_t at = said.find(raw); at != std::string::npos)
+        said.replace(at, raw.size(), request.raw); // the file that was named, not its copy
+    std::cerr << said;
 }
 
 std::string record(const RunRequest &request, const std::string &folder, Registers &registers,
@@ -162,7 +169,7 @@ void make_run(const RunRequest &request) {
     registers.load_run(path);
     const auto bayer = static_cast<uint32_t>(int32_t{registers.top.hw.reg_img_bayerid});
     put_mosaic(request, bayer, path + "/raw.ppm");
-    run_as_tool(path, request.debug);
+    run_as_tool(path, request);
     const cfa::FramePtr raw = read_mosaic(path + "/raw.ppm");
     if (request.planes) {
         PlaneFiles files(raw.get(), path + "/planes");
