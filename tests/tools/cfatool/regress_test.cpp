@@ -77,6 +77,8 @@ TEST_CASE_FIXTURE(
           "9 cases: 9 pass, 0 fail, 0 error, 0 not run; 0 known from before");
     CHECK(last("run plan.tsv -o r --against ./tool --tool './tool {ini} {log} 5 {debug} {dbg} {top} {raw} "
                "{rgb} {dc} {gain}'") == "9 cases: 9 pass, 0 fail, 0 error, 0 not run; 0 known from before");
+    put("cut.ppm", "P5\n5 3\n4095\nabc"), put("cut.tsv", "c\tcut.ppm\t-\t0\n");
+    CHECK(last("run cut.tsv -o c --against model --tool ./tool").starts_with("1 cases: 1 pass"));
     std::string sums = get("sums");
     CHECK(sums.size() == 9 * 99 + std::string("a\nb\noff\ndeep\npattern\nsteep\nlimits\nbit\nwide\n").size());
     CHECK(run("run d/a.ppm -r on.ini -o a").status == 0);

@@ -136,9 +136,9 @@ std::shared_ptr<Registers> copy_registers(const Registers &registers) {
 void write_inputs(const Inputs &inputs, const std::string &folder) {
     const std::string raw = folder + "/raw.ppm";
     std::error_code error;
-    if (inputs.mosaic->words() != nullptr)
-        std::filesystem::copy_file(inputs.from.raw, raw, std::filesystem::copy_options::overwrite_existing,
-                                   error);
+    if (!inputs.mosaic->path().empty()) // its bytes: samples that are missing cannot be written
+        std::filesystem::copy_file(inputs.mosaic->path(), raw,
+                                   std::filesystem::copy_options::overwrite_existing, error);
     else
         cfa::write_p5(raw.c_str(), inputs.mosaic->frame());
     if (error)

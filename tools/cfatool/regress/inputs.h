@@ -22,6 +22,7 @@ class Mosaic {
 
     const FRAME *frame();                                           // made when first asked for
     cfa::WordStore *words() { return words_ ? &*words_ : nullptr; } // null: there is only the frame
+    const std::string &path() const { return path_; }               // empty: of no file
     const Sum &sum() const { return sum_; }
 
   private:
