@@ -178,8 +178,11 @@ int run(const ConformanceOptions &options) {
         return STATUS_GOOD;
     const auto start = std::chrono::steady_clock::now();
     const std::string tool = absolute(options.tool.empty() ? program_folder() + "/cfa_cmodel" : options.tool);
-    const std::string recorded_path =
-        options.sums.empty() ? program_folder() + "/" CFATOOL_DATA "/conformance.sha256" : options.sums;
+    const std::string installed = program_folder() + "/" CFATOOL_DATA "/conformance.sha256",
+                      built = program_folder() + "/conformance.sha256", // a build has them beside the program
+        recorded_path = !options.sums.empty() ? options.sums
+                        : readable(built)     ? built
+                                              : installed;
     const bool record = !options.record.empty();
     if (record && !options.sums.empty())
         throw CommandTrouble("--record makes new sums and takes no --sums");
@@ -210,7 +213,8 @@ int run(const ConformanceOptions &options) {
 void conformance_command(Command &command) {
     const auto options = std::make_shared<ConformanceOptions>();
     command.text("--tool", options->tool, "PATH", "The cfa_cmodel to check (the one beside this program)");
-    command.text("--sums", options->sums, "FILE", "The recorded sums (those installed with this program)");
+    command.text("--sums", options->sums, "FILE",
+                 "The recorded sums (those beside this program, or installed with it)");
     command.text("--record", options->record, "FILE",
                  "Record the sums of this tool instead of checking them");
     command.flag("--list", options->list, "Say what each case is made of and there for, and run nothing");
