@@ -6,6 +6,7 @@
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <exception>
+#include <filesystem>
 #include <iostream>
 #include <new>
 
@@ -63,6 +64,8 @@ int parse(CLI::App &program, int argc, char **argv, const int &status) {
         return trouble(name + ": " + error.what());
     } catch (const Trouble &error) {
         return trouble(error.what());
+    } catch (const std::filesystem::filesystem_error &error) {
+        return trouble(error.path1().string() + ": " + error.code().message());
     } catch (const std::bad_alloc &) {
         return trouble(name + ": not enough memory");
     } catch (const std::exception &error) {

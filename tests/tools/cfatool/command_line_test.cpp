@@ -124,6 +124,8 @@ TEST_CASE_FIXTURE(Room, "an output is whole or not there, and what stood there s
            {chart + "/dev/full", 2, "/dev/full: No space left on device\n"},
            {"hex a.ppm -o /dev/full", 2,
             "/dev/full: No space left on device\n"}, // seen when the file is closed
+           {"preview a.ppm -o ./a.ppm", 2, "./a.ppm: is what is read; write to another file\n"},
+           {"hex a.ppm --bits 2", 2, "--bits and --colour go with --back"},
            {"preview bad.ppm -o old", 2, "bad.ppm: bytes follow the last sample\n"}});
     CHECK(contains(run("chart flat --bayer 0 --size 30x30 -o old", "ulimit -f 1;").err,
                    "old: File too large\n"));

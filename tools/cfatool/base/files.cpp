@@ -2,6 +2,7 @@
 #include "tools/cfatool/base/files.h"
 
 #include <fcntl.h>
+#include <filesystem>
 #include <fmt/core.h>
 #include <openssl/evp.h>
 #include <sys/stat.h>
@@ -69,6 +70,12 @@ std::string sha256_of_file(const std::string &path) {
     for (unsigned i = 0; i < size; ++i)
         text += fmt::format("{:02x}", sum[i]);
     return text;
+}
+
+void keep_apart(const std::string &input, const std::string &output) {
+    std::error_code error;
+    if (std::filesystem::is_regular_file(output, error) && std::filesystem::equivalent(input, output, error))
+        throw file_trouble(output, "is what is read; write to another file");
 }
 
 OutputFile::OutputFile(const std::string &path) : path_(path) {

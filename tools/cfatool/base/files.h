@@ -26,6 +26,9 @@ std::string read_whole_file(const std::string &path);
 /// The SHA-256 of a file of any size as 64 hexadecimal digits. Throws Trouble.
 std::string sha256_of_file(const std::string &path);
 
+/// Throws Trouble where the output is the regular file that is read: it would be lost.
+void keep_apart(const std::string &input, const std::string &output);
+
 /// A file that appears under its name only when commit() has succeeded: it is written beside and renamed.
 /// What is there already and is no regular file (a device, a pipe, a link) is written directly. Every member
 /// throws Trouble naming the file and the reason.

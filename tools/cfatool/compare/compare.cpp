@@ -88,6 +88,8 @@ int run(const CompareCommand &command) {
     if (folders)
         return compare_folders(command);
     CompareOptions options = command.options;
+    keep_apart(command.a, options.map);
+    keep_apart(command.b, options.map);
     options.range = range_of_image(command.a);
     const Comparison found = compare_pictures(command.a, command.b, options);
     if (command.json)

@@ -17,28 +17,34 @@ struct HexOptions {
     std::string file;
     std::string crop;
     std::string output;
-    std::string back; // "WxH" of the picture that the text becomes
-    uint32_t bits = 12;
+    std::string back;  // "WxH" of the picture that the text becomes
+    uint32_t bits = 0; // 0: not given
     bool colour = false;
 };
 
 void make_picture(const HexOptions &options) {
     if (options.output.empty())
         throw UsageTrouble("--back needs -o");
+    if (!options.crop.empty())
+        throw UsageTrouble("--crop does not go with --back");
+    const uint32_t bits = options.bits == 0 ? 12 : options.bits;
     const Size size = parse_size(options.back, "--back");
     const auto width = static_cast<uint32_t>(size.width), height = static_cast<uint32_t>(size.height);
-    const uint32_t most = (1u << options.bits) - 1;
+    const uint32_t most = (1u << bits) - 1;
     const size_t count = size_t{width} * height * (options.colour ? 3 : 1);
-    std::string bytes = cfa::ppm_header_text(options.colour ? '6' : '5', width, height, options.bits);
+    std::string bytes = cfa::ppm_header_text(options.colour ? '6' : '5', width, height, bits);
     for (const uint32_t sample : read_memory_text(options.file, read_whole_file(options.file), count, most))
-        for (int shift = 8 * cfa::ppm_sample_bytes(options.bits) - 8; shift >= 0; shift -= 8)
+        for (int shift = 8 * cfa::ppm_sample_bytes(bits) - 8; shift >= 0; shift -= 8)
             bytes += static_cast<char>(sample >> shift);
     write_whole_file(options.output, bytes);
 }
 
 void run(const HexOptions &options) {
+    keep_apart(options.file, options.output);
     if (!options.back.empty())
         return make_picture(options);
+    if (options.bits != 0 || options.colour)
+        throw UsageTrouble("--bits and --colour go with --back");
     PictureReader reader(options.file);
     const Crop crop = crop_in(options.crop, reader);
     std::optional<OutputFile> file;

@@ -59,6 +59,7 @@ void mosaic_of_ppm(const std::string &path, MosaicForm form, const std::string &
 }
 
 void run(const MosaicOptions &options) {
+    keep_apart(options.picture, options.output);
     write_mosaic(options.picture, options.form, options.output);
 }
 

@@ -146,6 +146,8 @@ void run(const PreviewOptions &options) {
     if (!options.labels.empty() && options.labels.size() != options.files.size())
         throw UsageTrouble(
             fmt::format("{} labels for {} pictures", options.labels.size(), options.files.size()));
+    for (const std::string &path : options.files)
+        keep_apart(path, options.output);
     std::list<Shown> shown; // a list: readers stay where they are
     for (const std::string &path : options.files)
         shown.emplace_back(path, options.false_colour);

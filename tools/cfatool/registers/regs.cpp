@@ -120,6 +120,8 @@ int diff(const DiffOptions &options) {
 void set(const SetOptions &options) {
     const std::string &file = options.file;
     std::string bytes = read_whole_file(file);
+    if (is_utf16(bytes))
+        throw file_trouble(file, "UTF-16 text: none of it is read; save the file as plain text");
     for (const std::string &assignment : options.assignments)
         bytes = set_register(bytes, assignment);
     write_whole_file(options.output.empty() ? file : options.output, bytes);

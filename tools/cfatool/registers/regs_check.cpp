@@ -36,14 +36,6 @@ std::string quoted(const std::string &text) {
     return fmt::format("'{}{}'", shown, text.size() > SHOWN ? "..." : "");
 }
 
-/// UTF-16 shows by its mark or by every second byte being 0.
-bool is_utf16(const std::string &bytes) {
-    const std::string head = bytes.substr(0, 4);
-    if (head.substr(0, 2) == "\xFF\xFE" || head.substr(0, 2) == "\xFE\xFF")
-        return true;
-    return head.size() == 4 && ((head[0] == 0 && head[2] == 0) || (head[1] == 0 && head[3] == 0));
-}
-
 class Check {
   public:
     CheckResult run(const std::string &bytes) {
@@ -212,6 +204,13 @@ class Check {
 };
 
 } // namespace
+
+bool is_utf16(const std::string &bytes) {
+    const std::string head = bytes.substr(0, 4);
+    if (head.substr(0, 2) == "\xFF\xFE" || head.substr(0, 2) == "\xFE\xFF")
+        return true;
+    return head.size() == 4 && ((head[0] == 0 && head[2] == 0) || (head[1] == 0 && head[3] == 0));
+}
 
 CheckResult check_registers(const std::string &bytes) {
     return Check().run(bytes);

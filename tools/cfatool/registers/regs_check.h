@@ -26,6 +26,9 @@ struct CheckResult {
     std::vector<UnsetRegisters> unset;
 };
 
+/// UTF-16 shows by its mark or by every second byte being 0.
+bool is_utf16(const std::string &bytes);
+
 /// Checks the text of one register file.
 CheckResult check_registers(const std::string &bytes);
 

@@ -31,7 +31,8 @@ std::string read_dictionary(const std::string &path, std::FILE *stream) {
     }
     std::string text(good ? std::min<size_t>(length, 1 << 16) : 0, ' ');
     if (!good || length != text.size() || std::fread(text.data(), 1, length, stream) != length)
-        throw file_trouble(path, "cut short in the NumPy header");
+        throw std::ferror(stream) != 0 ? errno_trouble(path)
+                                       : file_trouble(path, "cut short in the NumPy header");
     std::erase_if(text, [](char c) { return c == ' ' || c == '\n'; });
     return text;
 }
