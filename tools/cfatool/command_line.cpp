@@ -65,7 +65,8 @@ int parse(CLI::App &program, int argc, char **argv, const int &status) {
     } catch (const Trouble &error) {
         return trouble(error.what());
     } catch (const std::filesystem::filesystem_error &error) {
-        return trouble(error.path1().string() + ": " + error.code().message());
+        return trouble((error.path1().empty() ? name : error.path1().string()) + ": " +
+                       error.code().message());
     } catch (const std::bad_alloc &) {
         return trouble(name + ": not enough memory");
     } catch (const std::exception &error) {

@@ -54,6 +54,7 @@ TEST_CASE_FIXTURE(Bench, "plans: lines and names; what is wrong with a plan") {
     for (const auto &[line, message] : {std::pair{"a\tb\tc", "not four or five fields"},
                                         {"a/../b\tx\ty\t0", "'a/../b' is no relative path"},
                                         {"/a\tx\ty\t0", "'/a' is no relative path"},
+                                        {"\xFF\tx\ty\t0", "the name of the case is no UTF-8"},
                                         {"a\tx\ty\t16", "'16' is no pattern id"},
                                         {"a\tx\ty\t", "'' is no pattern id"},
                                         {"a\tx\t-\t-", "nothing tells"}}) {

@@ -11,9 +11,13 @@ namespace cfatool {
 
 /// A new folder in the system's place for temporary files; it disappears with the object.
 struct ScratchFolder {
-    std::string path = (std::filesystem::temp_directory_path() / "cfatool.XXXXXX").string();
+    std::string path;
 
     ScratchFolder() {
+        std::error_code missing;
+        path = (std::filesystem::temp_directory_path(missing) / "cfatool.XXXXXX").string();
+        if (missing)
+            throw CommandTrouble("no folder for temporary files, see TMPDIR: " + missing.message());
         if (mkdtemp(path.data()) == nullptr)
             throw errno_trouble(path);
     }

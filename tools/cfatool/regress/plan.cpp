@@ -4,10 +4,12 @@
 #include <charconv>
 #include <filesystem>
 #include <fmt/core.h>
+#include <nlohmann/json.hpp>
 #include <sys/mman.h>
 #include <sys/stat.h>
 
 #include "tools/cfatool/base/files.h"
+#include "tools/cfatool/base/json_text.h"
 #include "tools/cfatool/base/trouble.h"
 #include "tools/cfatool/regress/sums.h"
 
@@ -24,6 +26,14 @@ bool is_case_name(std::string_view name) {
     return std::ranges::none_of(parts_of(name, '/'), [](std::string_view part) {
         return part.empty() || part == "." || part == "..";
     });
+}
+
+/// Results, JUnit file and page are UTF-8.
+bool is_utf8(std::string_view text) {
+    if (std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return true;
+    return json_text(Json(std::string(text))).find("\xEF\xBF\xBD") ==
+           std::string::npos; // what replaces bytes
 }
 
 bool is_id(std::string_view text) {
@@ -105,6 +115,8 @@ void Plan::check_line(std::string_view line, size_t number) const {
         throw trouble("not four or five fields with tabs between");
     if (!is_case_name(fields[0]))
         throw trouble(fmt::format("'{}' is no relative path without . and ..", fields[0]));
+    if (!is_utf8(fields[0]))
+        throw trouble("the name of the case is no UTF-8 text");
     if (!is_id(fields[3]))
         throw trouble(fmt::format("'{}' is no pattern id of 0 to 15, nor -", fields[3]));
     if (fields[3] == "-" && fields[2] == "-")
