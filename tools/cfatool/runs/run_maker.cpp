@@ -97,14 +97,16 @@ void run_as_tool(const std::string &folder, const RunRequest &request) {
     cfa::load_registers(in("cfa.ini").c_str(), in("cmodel_top.ini").c_str());
     dump_dbg_img = request.debug;
     std::snprintf(dbg_path, sizeof dbg_path, "%s", folder.c_str());
-    static std::string said; // a notice carries nothing with it
-    said.clear();
-    const std::string raw = in("raw.ppm");
-    cfa::run_picture(raw.c_str(), {in("out.ppm").c_str(), in("out_dc.ppm").c_str(), in("out_sg.ppm").c_str()},
-                     [](const char *line) { said = std::string(line) + "\n"; });
-    if (const size_t at = said.find(raw); at != std::string::npos)
-        said.replace(at, raw.size(), request.raw); // the file that was named, not its copy
-    std::cerr << said;
+    static std::string copy, named; // a notice carries nothing with it
+    copy = in("raw.ppm"), named = request.raw;
+    cfa::run_picture(copy.c_str(),
+                     {in("out.ppm").c_str(), in("out_dc.ppm").c_str(), in("out_sg.ppm").c_str()},
+                     [](const char *line) {
+                         std::string text = line;
+                         if (const size_t at = text.find(copy); at != std::string::npos)
+                             text.replace(at, copy.size(), named); // the file that was given
+                         std::cerr << text << "\n";
+                     });
 }
 
 std::string record(const RunRequest &request, const std::string &folder, Registers &registers,
